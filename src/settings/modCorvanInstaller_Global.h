@@ -1,0 +1,42 @@
+#pragma once
+#include <cstdint>
+#include <string>
+
+#include "common/keyed_collection.h"
+
+namespace corvan {
+
+// The process-wide values that the control and the engine share. The control
+// loads them once when it initialises; the engine reads the users-groups
+// string and the installer base URLs.
+struct InstallerSettings {
+    std::string InstallerVersion;
+    std::string MasterUrlSource;  // replaced by the control's URL property
+    std::string AltUrlSource1;
+    std::string AltUrlSource2;
+    std::string Root;
+    int16_t MaxTries = 0;
+    int16_t History = 0;
+    std::string UsersGroups;
+
+    // The same values as text, keys compared without case, in load order:
+    // INSTALLVERSION, MASTER_URL_SOURCE, ALT_URL_SOURCE_1, ALT_URL_SOURCE_2,
+    // ROOT, MAXTRIES, HISTORY.
+    KeyedCollection<std::string> Dictionary;
+
+    // Loads the fixed values and rebuilds the dictionary. The users-groups
+    // string is the page's and is left as it is.
+    void Load();
+
+    std::string InstallListPath() const { return Root + "SC_Install.scl"; }
+    std::string UninstallListPath() const { return Root + "SC_Uninstall.scl"; }
+};
+
+// The one settings instance of the process (the module modCorvanInstaller_Global).
+InstallerSettings& modCorvanInstaller_Global();
+
+// The folder that Run creates and where the install log lives.
+inline constexpr char kApplicationFolder[] = "C:\\TALO\\";
+inline constexpr char kApplicationFolderCreated[] = "c:\\TALO\\";
+
+}  // namespace corvan

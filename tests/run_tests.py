@@ -1,0 +1,148 @@
+#!/usr/bin/env python3
+"""Runs every test of the three builds and prints the total.
+
+Native test programs run directly; Windows test programs run under Wine in a
+prefix of this run's own, made fresh under build/wine. Both .ocx files are
+checked to import system DLLs only. The last line printed is always
+"N passed, N failed".
+"""
+import argparse
+import os
+import re
+import shutil
+import subprocess
+import sys
+import time
+
+sys.stdout.reconfigure(line_buffering=True)
+
+SYSTEM_DLLS = {
+    "kernel32.dll", "user32.dll", "gdi32.dll", "advapi32.dll", "ole32.dll", "oleaut32.dll",
+    "shell32.dll", "shlwapi.dll", "wininet.dll", "comctl32.dll", "comdlg32.dll", "version.dll",
+    "msvcrt.dll", "crypt32.dll", "urlmon.dll", "winspool.drv", "uxtheme.dll", "msi.dll",
+    "advpack.dll", "setupapi.dll", "userenv.dll", "secur32.dll", "ws2_32.dll", "ntdll.dll",
+}
+
+passed = 0
+failed = 0
+failures = []
+
+
+def record(name, ok, detail=""):
+    global passed, failed
+    if ok:
+        passed += 1
+    else:
+        failed += 1
+        failures.append(name + (": " + detail if detail else ""))
+
+
+def check_imports(root):
+    for arch, triple in (("x64", "x86_64-w64-mingw32"), ("x86", "i686-w64-mingw32")):
+        ocx = os.path.join(root, "out", arch, "CorvanInstaller.ocx")
+        name = "imports of out/%s/CorvanInstaller.ocx" % arch
+        if not os.path.exists(ocx):
+            record(name, False, "missing")
+            continue
+        dump = subprocess.run([triple + "-objdump", "-p", ocx], capture_output=True, text=True).stdout
+        dlls = sorted(set(m.lower() for m in re.findall(r"DLL Name: (\S+)", dump)))
+        foreign = [d for d in dlls if d not in SYSTEM_DLLS]
+        record(name, not foreign, "imports " + ", ".join(foreign))
+        print("%-50s %s" % (name, "ok: " + " ".join(dlls) if not foreign else "FAILED: " + " ".join(foreign)))
+
+
+SUMMARY = re.compile(r"^\[  (PASSED|FAILED)  \] (\d+) tests?", re.M)
+FAILED_CASE = re.compile(r"^\[  FAILED  \] (\S+\.\S+)", re.M)
+
+
+def run_gtest(label, command, env, timeout):
+    start = time.time()
+    try:
+        proc = subprocess.run(command, env=env, capture_output=True, timeout=timeout)
+        out = proc.stdout.decode("latin-1") + proc.stderr.decode("latin-1")
+        code = proc.returncode
+    except subprocess.TimeoutExpired as e:
+        out = (e.stdout or b"").decode("latin-1")
+        code = None
+    counts = {"PASSED": 0, "FAILED": 0}
+    for kind, n in SUMMARY.findall(out):
+        counts[kind] = int(n)
+    cases = sorted(set(FAILED_CASE.findall(out)))
+    ok_run = code == 0 and counts["FAILED"] == 0
+    for _ in range(counts["PASSED"]):
+        record(label, True)
+    for case in cases:
+        record(label + " " + case, False)
+    if not ok_run and not cases:
+        # A crash, a hang or an exit without a summary counts as one failure.
+        record(label, False, "timed out" if code is None else "exit code %s" % code)
+    elapsed = time.time() - start
+    print("%-50s %3d passed, %d failed (%.1fs)" % (label, counts["PASSED"], len(cases) or (0 if ok_run else 1), elapsed))
+    if not ok_run:
+        sys.stdout.write(out[-20000:])
+
+
+def read_list(path):
+    if not os.path.exists(path):
+        return []
+    with open(path) as f:
+        return [line.strip() for line in f if line.strip()]
+
+
+def make_prefix(root, env):
+    prefix = env["WINEPREFIX"]
+    subprocess.run(["wineserver", "-k"], env=env, capture_output=True)
+    shutil.rmtree(prefix, ignore_errors=True)
+    os.makedirs(prefix)
+    subprocess.run(["wineboot", "-i"], env=env, capture_output=True, check=True)
+    # The headless graphics driver: windows, timers and FindWindow work
+    # without a display.
+    subprocess.run(["wine", "reg", "add", "HKCU\\Software\\Wine\\Drivers", "/v", "Graphics", "/d", "null", "/f"],
+                   env=env, capture_output=True, check=True)
+
+
+def windows_path(path):
+    return "Z:" + path.replace("/", "\\")
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--root", required=True)
+    parser.add_argument("--filter", default="", help="run only test programs whose name contains this")
+    args = parser.parse_args()
+    root = args.root
+
+    print("== imports")
+    check_imports(root)
+
+    print("== native tests")
+    env = dict(os.environ)
+    env["ASAN_OPTIONS"] = "detect_leaks=1"
+    for binary in read_list(os.path.join(root, "build", "native", "test-binaries.txt")):
+        if args.filter in binary:
+            run_gtest(os.path.basename(binary), [binary], env, 600)
+
+    print("== Windows tests under Wine")
+    wenv = dict(os.environ)
+    wenv["WINEPREFIX"] = os.path.join(root, "build", "wine", "prefix")
+    wenv["WINEDEBUG"] = "-all"
+    wenv["WINEDLLOVERRIDES"] = "mscoree,mshtml="  # no Mono or Gecko installer prompts
+    wenv["CORVAN_OUT_DIR"] = windows_path(os.path.join(root, "out", "x64"))
+    wenv["CORVAN_ROOT"] = windows_path(root)
+    wenv["CORVAN_ROOT_UNIX"] = root
+    make_prefix(root, wenv)
+    for binary in read_list(os.path.join(root, "build", "x64", "test-binaries.txt")):
+        if args.filter in binary:
+            run_gtest(os.path.basename(binary), ["wine", binary], wenv, 900)
+    subprocess.run(["wineserver", "-k"], env=wenv, capture_output=True)
+
+    if failures:
+        print("== failures")
+        for f in failures:
+            print("  " + f)
+    print("%d passed, %d failed" % (passed, failed))
+    return 0 if failed == 0 else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())

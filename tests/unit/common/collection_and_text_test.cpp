@@ -1,0 +1,68 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "common/clock.h"
+#include "common/failure.h"
+#include "common/keyed_collection.h"
+#include "common/text.h"
+
+using namespace corvan;
+
+TEST(KeyedCollection, KeepsInsertionOrderAndFindsKeysWithoutCase) {
+    KeyedCollection<int> items;
+    items.Add("c:\\talo\\B.dll", 2);
+    items.Add("c:\\talo\\a.ocx", 1);
+    items.Add("C:\\TALO\\c.exe", 3);
+    EXPECT_EQ(items.Count(), 3u);
+    EXPECT_EQ(items.Item("C:\\TALO\\b.DLL"), 2);
+    ASSERT_NE(items.Find("c:\\talo\\C.EXE"), nullptr);
+    EXPECT_EQ(items.Find("missing"), nullptr);
+
+    items.Remove("C:\\talo\\A.ocx");
+    std::vector<std::string> keys;
+    for (const auto& entry : items) keys.push_back(entry.first);
+    EXPECT_EQ(keys, (std::vector<std::string>{"c:\\talo\\B.dll", "C:\\TALO\\c.exe"}));
+
+    items.Add("c:\\talo\\a.ocx", 4);  // a removed key may come back, at the end
+    EXPECT_EQ(items.begin()->second, 2);
+    KeyedCollection<int> copy = items;
+    items.Clear();
+    EXPECT_EQ(copy.Item("C:\\TALO\\A.OCX"), 4);
+    EXPECT_EQ(items.Count(), 0u);
+}
+
+TEST(KeyedCollection, DuplicateAndMissingKeysFailWithTheRuntimeNumbers) {
+    KeyedCollection<std::string> items;
+    items.Add("ROOT", "c:\\TALO\\");
+    try {
+        items.Add("root", "other");
+        FAIL() << "duplicate accepted";
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.Number(), 457);
+    }
+    EXPECT_EQ(items.Item("Root"), "c:\\TALO\\");
+    EXPECT_THROW(items.Item("nothing"), Failure);
+    EXPECT_THROW(items.Remove("nothing"), Failure);
+    EXPECT_EQ(items.Count(), 1u);
+}
+
+TEST(Text, TrimRemovesBlanksOnly) {
+    EXPECT_EQ(Trim("  a b  "), "a b");
+    EXPECT_EQ(Trim("\ta\t"), "\ta\t");
+    EXPECT_EQ(Trim("   "), "");
+    EXPECT_EQ(LTrim("  a "), "a ");
+    EXPECT_EQ(RTrim("  a "), "  a");
+    EXPECT_STREQ(BooleanText(true), "True");
+    EXPECT_STREQ(BooleanText(false), "False");
+}
+
+TEST(Clock, FormatsPadEveryField) {
+    LocalTime t{2026, 3, 7, 4, 5, 9};
+    EXPECT_EQ(FormatDate(t), "03/07/2026");
+    EXPECT_EQ(FormatTime(t), "04:05:09");
+    EXPECT_EQ(FormatTraceStamp(t), "20260307 040509");
+    LocalTime late{1999, 12, 31, 23, 59, 58};
+    EXPECT_EQ(FormatTime(late), "23:59:58");
+    EXPECT_EQ(FormatTraceStamp(late), "19991231 235958");
+}

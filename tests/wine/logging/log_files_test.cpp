@@ -1,0 +1,91 @@
+// The install log on the real file system of the test prefix.
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "common/failure.h"
+#include "logging/write_log.h"
+#include "wine_bench.h"
+
+using namespace corvan;
+
+namespace {
+const char kDefaultLog[] = "C:\\CorvanInstaller-LogFile.log";
+const std::regex kLine("TimeStamp: \\d\\d/\\d\\d/\\d{4} - \\d\\d:\\d\\d:\\d\\d\t");
+}  // namespace
+
+TEST(InstallLog, TwoSessionsAppendToTheSameFile) {
+    winbench::ScratchFolder folder("log-append");
+    clsLog log;
+    for (const char* session : {"first", "second"}) {
+        log.OpenLogFile("SC_Install.log", folder.Path(), true);
+        log.WriteLogEvent(std::string("START OF ") + session);
+        log.WriteLogEvent("\r\n");
+        log.CloseLogFile();
+    }
+    std::string text = winbench::ReadFileBytes(folder.Path() + "SC_Install.log");
+    std::smatch match;
+    ASSERT_TRUE(std::regex_search(text, match, kLine));
+    EXPECT_EQ(match.position(), 0);
+    // Time stamps may tick between lines; compare the shape line by line.
+    std::string shape = std::regex_replace(text, kLine, "@");
+    EXPECT_EQ(shape, "@START OF first\r\n@\r\n\r\n@START OF second\r\n@\r\n\r\n");
+}
+
+TEST(InstallLog, AWriteWhileClosedEmptiesAndReopensTheDefaultFile) {
+    winbench::WriteFileBytes(kDefaultLog, "old contents\r\n");
+    clsLog log;
+    log.OpenLogFile("SC_Install.log", "C:\\", true);
+    log.CloseLogFile();
+    EXPECT_TRUE(log.WriteLogEvent("after close"));
+    EXPECT_EQ(log.FileStatus(), "OPEN");
+    EXPECT_EQ(log.FileName(), "CorvanInstaller-LogFile.log");
+    EXPECT_EQ(log.path(), "C:\\");
+    log.CloseLogFile();
+    std::string text = winbench::ReadFileBytes(kDefaultLog);
+    EXPECT_EQ(std::regex_replace(text, kLine, "@"), "@after close\r\n");
+    DeleteFileA(kDefaultLog);
+    DeleteFileA("C:\\SC_Install.log");
+}
+
+TEST(InstallLog, BlankNamesWriteTheDefaultFile) {
+    DeleteFileA(kDefaultLog);
+    clsLog log;
+    log.OpenLogFile("   ", "", false);
+    EXPECT_EQ(log.FileStatus(), "OPEN");
+    log.WriteLogEvent("x");
+    log.CloseLogFile();
+    EXPECT_TRUE(winbench::FileExists(kDefaultLog));
+    DeleteFileA(kDefaultLog);
+}
+
+TEST(InstallLog, AFolderThatCannotBeOpenedRaisesThePathError) {
+    clsLog log;
+    try {
+        log.OpenLogFile("SC_Install.log", "C:\\no\\such\\folder\\", true);
+        FAIL() << "opened a file in a missing folder";
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.Number(), 76);
+        EXPECT_EQ(failure.Description(), "Path not found");
+    }
+    EXPECT_EQ(log.FileStatus(), "CLOSED");
+}
+
+TEST(InstallLog, TheGlobalRoutineRaisesAFailedOpenToItsCaller) {
+    // A folder where the default file should be: the open must fail.
+    DeleteFileA(kDefaultLog);
+    ASSERT_TRUE(CreateDirectoryA(kDefaultLog, nullptr));
+    GlobalLog().CloseLogFile();
+    try {
+        WriteLog("lost");
+        ADD_FAILURE() << "the write succeeded";
+    } catch (const Failure& failure) {
+        EXPECT_NE(failure.Number(), 0);
+    }
+    EXPECT_EQ(GlobalLog().FileStatus(), "CLOSED");
+    RemoveDirectoryA(kDefaultLog);
+    WriteLog("written");
+    GlobalLog().CloseLogFile();
+    EXPECT_NE(winbench::ReadFileBytes(kDefaultLog).find("\twritten\r\n"), std::string::npos);
+    DeleteFileA(kDefaultLog);
+}
