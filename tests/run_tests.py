@@ -101,6 +101,43 @@ def make_prefix(root, env):
                    env=env, capture_output=True, check=True)
 
 
+def start_fixtures(root, env):
+    """Starts the services the Windows tests use.
+
+    Every executable tests/fixtures/<name>/start is run with the test
+    environment (WINEPREFIX among it) and must return once its service is
+    ready. Lines KEY=VALUE that it prints are added to the environment of the
+    test programs. tests/fixtures/<name>/stop is run at the end.
+    """
+    started = []
+    fixtures = os.path.join(root, "tests", "fixtures")
+    if not os.path.isdir(fixtures):
+        return started
+    for name in sorted(os.listdir(fixtures)):
+        start = os.path.join(fixtures, name, "start")
+        if not os.access(start, os.X_OK):
+            continue
+        proc = subprocess.run([start], env=env, capture_output=True, text=True, timeout=300)
+        ok = proc.returncode == 0
+        record("fixture " + name, ok, proc.stderr[-2000:])
+        print("%-50s %s" % ("fixture " + name, "started" if ok else "FAILED"))
+        if not ok:
+            sys.stdout.write(proc.stdout[-4000:] + proc.stderr[-4000:])
+        for line in proc.stdout.splitlines():
+            if re.match(r"^[A-Z_][A-Z0-9_]*=", line):
+                key, value = line.split("=", 1)
+                env[key] = value
+        started.append(os.path.join(fixtures, name))
+    return started
+
+
+def stop_fixtures(started, env):
+    for folder in started:
+        stop = os.path.join(folder, "stop")
+        if os.access(stop, os.X_OK):
+            subprocess.run([stop], env=env, capture_output=True, timeout=120)
+
+
 def windows_path(path):
     return "Z:" + path.replace("/", "\\")
 
@@ -108,9 +145,15 @@ def windows_path(path):
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--root", required=True)
-    parser.add_argument("--filter", default="", help="run only test programs whose name contains this")
+    parser.add_argument("--filter", default="", help="run only test programs whose path contains this")
+    parser.add_argument("--native", help="native build folder (default build/native)")
+    parser.add_argument("--windows", help="64-bit Windows build folder (default build/x64)")
+    parser.add_argument("--prefix", help="Wine prefix to make and use (default build/wine/prefix)")
     args = parser.parse_args()
     root = args.root
+    native = args.native or os.path.join(root, "build", "native")
+    windows = args.windows or os.path.join(root, "build", "x64")
+    prefix = args.prefix or os.path.join(root, "build", "wine", "prefix")
 
     print("== imports")
     check_imports(root)
@@ -118,23 +161,28 @@ def main():
     print("== native tests")
     env = dict(os.environ)
     env["ASAN_OPTIONS"] = "detect_leaks=1"
-    for binary in read_list(os.path.join(root, "build", "native", "test-binaries.txt")):
+    for binary in read_list(os.path.join(native, "test-binaries.txt")):
         if args.filter in binary:
             run_gtest(os.path.basename(binary), [binary], env, 600)
 
     print("== Windows tests under Wine")
     wenv = dict(os.environ)
-    wenv["WINEPREFIX"] = os.path.join(root, "build", "wine", "prefix")
+    wenv["WINEPREFIX"] = os.path.abspath(prefix)
     wenv["WINEDEBUG"] = "-all"
     wenv["WINEDLLOVERRIDES"] = "mscoree,mshtml="  # no Mono or Gecko installer prompts
     wenv["CORVAN_OUT_DIR"] = windows_path(os.path.join(root, "out", "x64"))
     wenv["CORVAN_ROOT"] = windows_path(root)
     wenv["CORVAN_ROOT_UNIX"] = root
+    wenv["CORVAN_WINDOWS_BUILD"] = windows_path(os.path.abspath(windows))
     make_prefix(root, wenv)
-    for binary in read_list(os.path.join(root, "build", "x64", "test-binaries.txt")):
-        if args.filter in binary:
-            run_gtest(os.path.basename(binary), ["wine", binary], wenv, 900)
-    subprocess.run(["wineserver", "-k"], env=wenv, capture_output=True)
+    started = start_fixtures(root, wenv)
+    try:
+        for binary in read_list(os.path.join(windows, "test-binaries.txt")):
+            if args.filter in binary:
+                run_gtest(os.path.basename(binary), ["wine", binary], wenv, 900)
+    finally:
+        stop_fixtures(started, wenv)
+        subprocess.run(["wineserver", "-k"], env=wenv, capture_output=True)
 
     if failures:
         print("== failures")
