@@ -148,6 +148,7 @@ def main():
     parser.add_argument("--filter", default="", help="run only test programs whose path contains this")
     parser.add_argument("--native", help="native build folder (default build/native)")
     parser.add_argument("--windows", help="64-bit Windows build folder (default build/x64)")
+    parser.add_argument("--out", help="folder of the 64-bit shipped binaries (default out/x64)")
     parser.add_argument("--prefix", help="Wine prefix to make and use (default build/wine/prefix)")
     args = parser.parse_args()
     root = args.root
@@ -170,7 +171,7 @@ def main():
     wenv["WINEPREFIX"] = os.path.abspath(prefix)
     wenv["WINEDEBUG"] = "-all"
     wenv["WINEDLLOVERRIDES"] = "mscoree,mshtml="  # no Mono or Gecko installer prompts
-    wenv["CORVAN_OUT_DIR"] = windows_path(os.path.join(root, "out", "x64"))
+    wenv["CORVAN_OUT_DIR"] = windows_path(os.path.abspath(args.out or os.path.join(root, "out", "x64")))
     wenv["CORVAN_ROOT"] = windows_path(root)
     wenv["CORVAN_ROOT_UNIX"] = root
     wenv["CORVAN_WINDOWS_BUILD"] = windows_path(os.path.abspath(windows))
