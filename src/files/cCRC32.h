@@ -1,0 +1,40 @@
+#pragma once
+#include <cstdint>
+#include <span>
+
+#include "files/cBinaryFileStream.h"
+
+namespace corvan {
+
+// Receives cCRC32's progress, once per block of a file.
+class CRCProgressListener {
+public:
+    virtual ~CRCProgressListener() = default;
+    virtual void CRCProgress(int16_t& Percent) = 0;
+};
+
+// The CRC-32 of zlib and PNG (reflected EDB88320, start FFFFFFFF, result
+// inverted), returned as a signed 32-bit number carrying the 32 bits.
+class cCRC32 {
+public:
+    explicit cCRC32(CRCProgressListener* listener = nullptr) : listener_(listener) {}
+
+    void SetListener(CRCProgressListener* listener) { listener_ = listener; }
+
+    // `lowerBound` is the array's first index. The running index is 16-bit:
+    // an array whose bounds leave -32768..32767 fails with Overflow (6)
+    // before any byte is read. Files go through GetFileCrc32.
+    int32_t GetByteArrayCrc32(std::span<const uint8_t> bytes, int32_t lowerBound = 0) const;
+
+    // CRC of everything from the stream's position to its end, read in
+    // 8192-byte blocks, one CRCProgress per block. Errors of the stream
+    // pass through unchanged.
+    int32_t GetFileCrc32(cBinaryFileStream& stream);
+
+    static constexpr int32_t kBlockSize = 8192;
+
+private:
+    CRCProgressListener* listener_;
+};
+
+}  // namespace corvan
