@@ -1,0 +1,143 @@
+#include <gtest/gtest.h>
+
+#include <windows.h>
+#include <objbase.h>
+
+#include <regex>
+
+#include "platform/clsWindowTools.h"
+#include "wine_bench.h"
+
+using namespace corvan;
+
+namespace {
+
+// Sets an environment variable for one test and puts the old value back.
+class ScopedVariable {
+public:
+    ScopedVariable(const char* name, const char* value) : name_(name) {
+        char old[1024];
+        DWORD n = GetEnvironmentVariableA(name, old, sizeof old);
+        had_ = n > 0 && n < sizeof old;
+        if (had_) old_.assign(old, n);
+        SetEnvironmentVariableA(name, value);
+    }
+    ~ScopedVariable() { SetEnvironmentVariableA(name_.c_str(), had_ ? old_.c_str() : nullptr); }
+
+private:
+    std::string name_, old_;
+    bool had_ = false;
+};
+
+void ExpectChildPasses(const char* testName) {
+    const winbench::ChildResult child = winbench::RunCaseInChild(testName);
+    EXPECT_EQ(child.exitCode, 0) << child.output;
+    EXPECT_NE(child.output.find("[  PASSED  ] 1 test."), std::string::npos) << child.output;
+}
+
+}  // namespace
+
+TEST(WindowTools, DISABLED_ReportsWindowsXpProfessionalX64) {
+    clsWindowTools tools;
+    EXPECT_EQ(tools.VersionName(), "Windows XP");
+    EXPECT_EQ(tools.VersionNo(), "5.2");
+    EXPECT_EQ(tools.ServicePack(), "Service Pack 2");
+    EXPECT_EQ(tools.BuildNo(), "3790");
+}
+
+TEST(WindowTools, VersionComesFromTheVersionAndProductNameTheMachineReports) {
+    winbench::ScopedWindowsVersion xp("winxp64", "Microsoft Windows XP");
+    ExpectChildPasses("WindowTools.DISABLED_ReportsWindowsXpProfessionalX64");
+}
+
+TEST(WindowTools, DISABLED_NamesTheProductFromTheOlderKey) {
+    clsWindowTools tools;
+    EXPECT_EQ(tools.VersionName(), "Windows Millennium Edition");
+}
+
+TEST(WindowTools, ProductNameFallsBackToTheWindows98Key) {
+    const char* kOlderKey = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion";
+    winbench::ScopedWindowsVersion empty("win7", "");
+    HKEY key = nullptr;
+    ASSERT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, kOlderKey, 0, nullptr, 0, KEY_SET_VALUE | KEY_QUERY_VALUE, nullptr,
+                              &key, nullptr),
+              ERROR_SUCCESS);
+    const std::string name = "Microsoft Windows Millennium Edition   ";
+    RegSetValueExA(key, "ProductName", 0, REG_SZ, reinterpret_cast<const BYTE*>(name.c_str()),
+                   static_cast<DWORD>(name.size() + 1));
+    ExpectChildPasses("WindowTools.DISABLED_NamesTheProductFromTheOlderKey");
+    RegDeleteValueA(key, "ProductName");
+    RegCloseKey(key);
+}
+
+TEST(WindowTools, FoldersEndInOneBackslash) {
+    clsWindowTools tools;
+    {
+        ScopedVariable windir("windir", "C:\\WINDOWS");
+        EXPECT_EQ(tools.WindowsDirectory(), "C:\\WINDOWS\\");
+    }
+    {
+        ScopedVariable windir("windir", "C:\\WINDOWS\\");
+        EXPECT_EQ(tools.WindowsDirectory(), "C:\\WINDOWS\\");
+    }
+    {
+        ScopedVariable unset("windir", nullptr);
+        EXPECT_EQ(tools.WindowsDirectory(), "");
+    }
+    {
+        ScopedVariable root("systemroot", "D:\\WINNT");
+        ScopedVariable programs("programfiles", "D:\\Program Files\\");
+        EXPECT_EQ(tools.SystemRoot(), "D:\\WINNT\\");
+        EXPECT_EQ(tools.ProgramFiles(), "D:\\Program Files\\");
+    }
+    {
+        ScopedVariable drive("SystemDrive", "D:");
+        EXPECT_EQ(tools.SystemDrive(), "C:\\");
+    }
+    char system[MAX_PATH];
+    const UINT n = GetSystemDirectoryA(system, sizeof system);
+    EXPECT_EQ(tools.WindowsSystem32(), std::string(system, n) + "\\");
+}
+
+TEST(WindowTools, EnvironmentNamesAndHomeDrive) {
+    clsWindowTools tools;
+    ScopedVariable user("USERNAME", "dealer7");
+    ScopedVariable machine("COMPUTERNAME", "SHOP-PC");
+    ScopedVariable dns("USERDNSDOMAIN", "CORVAN.EXAMPLE");
+    ScopedVariable domain("USERDOMAIN", "CORVAN");
+    ScopedVariable shell("ComSpec", "C:\\WINDOWS\\system32\\cmd.exe");
+    EXPECT_EQ(tools.UserName(), "dealer7");
+    EXPECT_EQ(tools.ComputerName(), "SHOP-PC");
+    EXPECT_EQ(tools.UserDNSDomain(), "CORVAN.EXAMPLE");
+    EXPECT_EQ(tools.Domain(), "CORVAN");
+    EXPECT_EQ(tools.CommandShell(), "C:\\WINDOWS\\system32\\cmd.exe");
+    {
+        ScopedVariable home("HOMEDRIVE", "H:");
+        EXPECT_EQ(tools.HomeDrive(), "H:\\");
+    }
+    {
+        ScopedVariable home("HOMEDRIVE", "H:\\");
+        EXPECT_EQ(tools.HomeDrive(), "H:\\\\");  // appended always
+    }
+    ScopedVariable unset("HOMEDRIVE", nullptr);
+    EXPECT_EQ(tools.HomeDrive(), "\\");
+    ScopedVariable noUser("USERNAME", nullptr);
+    EXPECT_EQ(tools.UserName(), "");
+}
+
+TEST(WindowTools, GuidsAreFreshAndInRegistryForm) {
+    clsWindowTools tools;
+    const std::string first = tools.GenerateGUID(), second = tools.GenerateGUID();
+    const std::regex form("\\{[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}\\}");
+    EXPECT_TRUE(std::regex_match(first, form)) << first;
+    EXPECT_TRUE(std::regex_match(second, form)) << second;
+    EXPECT_NE(first, second);
+    GUID parsed{};
+    std::wstring wide(first.begin(), first.end());
+    EXPECT_EQ(CLSIDFromString(wide.c_str(), &parsed), S_OK);
+}
+
+TEST(WindowTools, TheWineUserIsAnAdministrator) {
+    // Wine gives every user the built-in Administrators group.
+    EXPECT_TRUE(clsWindowTools().IsAdmin());
+}
