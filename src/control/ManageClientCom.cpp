@@ -1,0 +1,176 @@
+#include "control/ManageClientCom.h"
+
+#include <olectl.h>
+
+#include "control/bstr_text.h"
+#include "control/modIObjectSafety.h"
+
+namespace corvan::com {
+
+namespace {
+
+// A failure here must never reach the page as anything but an HRESULT.
+template <typename Body>
+HRESULT Guarded(Body body) {
+    try {
+        return body();
+    } catch (const std::bad_alloc&) {
+        return E_OUTOFMEMORY;
+    } catch (...) {
+        return E_UNEXPECTED;
+    }
+}
+
+}  // namespace
+
+ManageClientCom::ManageClientCom()
+    : events_(*this, DIID___ManageClient) {
+    control_ = std::make_unique<ManageClient>(desktop_, *this);
+}
+
+ManageClientCom::~ManageClientCom() { events_.UnadviseAll(); }
+
+void* ManageClientCom::FindInterface(REFIID riid) {
+    if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IDispatch) || IsEqualIID(riid, IID__ManageClient))
+        return static_cast<_ManageClient*>(this);
+    if (IsEqualIID(riid, IID_IProvideClassInfo) || IsEqualIID(riid, IID_IProvideClassInfo2))
+        return static_cast<IProvideClassInfo2*>(this);
+    if (IsEqualIID(riid, IID_IObjectSafety)) return static_cast<IObjectSafety*>(this);
+    if (IsEqualIID(riid, IID_IConnectionPointContainer)) return static_cast<IConnectionPointContainer*>(this);
+    return FindOleInterface(riid);
+}
+
+STDMETHODIMP ManageClientCom::get_Status(BSTR* status) {
+    if (!status) return E_POINTER;
+    return Guarded([&] {
+        *status = ToBstr(control_->Status());
+        return S_OK;
+    });
+}
+
+STDMETHODIMP ManageClientCom::put_URL(BSTR* url) {
+    if (!url) return E_POINTER;
+    return Guarded([&] {
+        control_->URL(FromBstr(*url));
+        return S_OK;
+    });
+}
+
+STDMETHODIMP ManageClientCom::Run(short* mode, VARIANT* result) {
+    if (!mode || !result) return E_POINTER;
+    VariantInit(result);
+    return Guarded([&] {
+        std::optional<bool> outcome = control_->Run(*mode);
+        if (outcome) {
+            V_VT(result) = VT_BOOL;
+            V_BOOL(result) = *outcome ? VARIANT_TRUE : VARIANT_FALSE;
+        }
+        return S_OK;
+    });
+}
+
+STDMETHODIMP ManageClientCom::NeedToInstall(VARIANT_BOOL* result) {
+    if (!result) return E_POINTER;
+    return Guarded([&] {
+        *result = control_->NeedToInstall() ? VARIANT_TRUE : VARIANT_FALSE;
+        return S_OK;
+    });
+}
+
+STDMETHODIMP ManageClientCom::get_hwnd(LONG* window) {
+    if (!window) return E_POINTER;
+    // Window handles keep their meaning in 32 bits on 64-bit Windows too.
+    *window = static_cast<LONG>(reinterpret_cast<LONG_PTR>(Window()));
+    return S_OK;
+}
+
+STDMETHODIMP ManageClientCom::ShowUpdates() {
+    return Guarded([&] {
+        control_->ShowUpdates(Window());
+        return S_OK;
+    });
+}
+
+STDMETHODIMP ManageClientCom::get_UsersGroups(BSTR* groups) {
+    if (!groups) return E_POINTER;
+    return Guarded([&] {
+        *groups = ToBstr(control_->UsersGroups());
+        return S_OK;
+    });
+}
+
+STDMETHODIMP ManageClientCom::put_UsersGroups(BSTR groups) {
+    return Guarded([&] {
+        control_->UsersGroups(FromBstr(groups));
+        return S_OK;
+    });
+}
+
+STDMETHODIMP ManageClientCom::GetClassInfo(ITypeInfo** info) { return OwnTypeInfo(CLSID_ManageClient, info); }
+
+STDMETHODIMP ManageClientCom::GetGUID(DWORD kind, GUID* guid) {
+    if (!guid) return E_POINTER;
+    if (kind != GUIDKIND_DEFAULT_SOURCE_DISP_IID) {
+        *guid = GUID_NULL;
+        return E_INVALIDARG;
+    }
+    *guid = DIID___ManageClient;
+    return S_OK;
+}
+
+STDMETHODIMP ManageClientCom::GetInterfaceSafetyOptions(REFIID riid, DWORD* supported, DWORD* enabled) {
+    return modIObjectSafety::GetInterfaceSafetyOptions(riid, supported, enabled);
+}
+
+STDMETHODIMP ManageClientCom::SetInterfaceSafetyOptions(REFIID riid, DWORD mask, DWORD enabled) {
+    return modIObjectSafety::SetInterfaceSafetyOptions(riid, mask, enabled);
+}
+
+STDMETHODIMP ManageClientCom::EnumConnectionPoints(IEnumConnectionPoints** points) {
+    if (!points) return E_POINTER;
+    *points = nullptr;
+    return E_NOTIMPL;
+}
+
+STDMETHODIMP ManageClientCom::FindConnectionPoint(REFIID riid, IConnectionPoint** point) {
+    if (!point) return E_POINTER;
+    *point = nullptr;
+    if (!IsEqualIID(riid, DIID___ManageClient)) return CONNECT_E_NOCONNECTION;
+    *point = &events_;
+    events_.AddRef();
+    return S_OK;
+}
+
+STDMETHODIMP ManageClientCom::Close(DWORD saveOption) {
+    HRESULT hr = OleControl::Close(saveOption);
+    events_.UnadviseAll();
+    return hr;
+}
+
+void ManageClientCom::Paint(HDC dc, const RECT& bounds) {
+    FillRect(dc, &bounds, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
+    std::string caption = control_->Surface().StatusCaption();
+    RECT text = bounds;
+    InflateRect(&text, -8, -8);
+    SetBkMode(dc, TRANSPARENT);
+    DrawTextA(dc, caption.c_str(), static_cast<int>(caption.size()), &text, DT_LEFT | DT_TOP | DT_WORDBREAK);
+}
+
+void ManageClientCom::InstallError(const std::string& message) {
+    Bstr text(message);
+    events_.Fire(1, text.Get());
+}
+
+void ManageClientCom::InstallStatus(const std::string& message) {
+    Bstr text(message);
+    events_.Fire(2, text.Get());
+}
+
+HRESULT CreateManageClient(REFIID riid, void** out) {
+    auto* object = new ManageClientCom();
+    HRESULT hr = object->QueryInterface(riid, out);
+    object->Release();
+    return hr;
+}
+
+}  // namespace corvan::com

@@ -1,0 +1,29 @@
+#include "control/WindowsDesktop.h"
+
+#include <windows.h>
+
+namespace corvan {
+
+int WindowsDesktop::MsgBox(const std::string& text, int style, const std::string& title) {
+    return MessageBoxA(GetActiveWindow(), text.c_str(), title.c_str(), static_cast<UINT>(style) | MB_SETFOREGROUND);
+}
+
+void WindowsDesktop::SetMousePointer(int pointer) {
+    LPCSTR shape = pointer == vbHourglass ? reinterpret_cast<LPCSTR>(IDC_WAIT) : reinterpret_cast<LPCSTR>(IDC_ARROW);
+    SetCursor(LoadCursorA(nullptr, shape));
+}
+
+void WindowsDesktop::DoEvents() {
+    MSG message;
+    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
+        if (message.message == WM_QUIT) {
+            // The page's own loop must still see the request to end.
+            PostQuitMessage(static_cast<int>(message.wParam));
+            break;
+        }
+        TranslateMessage(&message);
+        DispatchMessageA(&message);
+    }
+}
+
+}  // namespace corvan

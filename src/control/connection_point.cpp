@@ -1,0 +1,94 @@
+#include "control/connection_point.h"
+
+#include <vector>
+
+#include <olectl.h>
+
+namespace corvan::com {
+
+ConnectionPoint::ConnectionPoint(IConnectionPointContainer& container, REFIID eventIid)
+    : container_(container), eventIid_(eventIid) {}
+
+ConnectionPoint::~ConnectionPoint() { UnadviseAll(); }
+
+void ConnectionPoint::UnadviseAll() {
+    std::map<DWORD, IDispatch*> sinks;
+    sinks.swap(sinks_);
+    for (auto& [cookie, sink] : sinks) sink->Release();
+}
+
+void ConnectionPoint::Fire(DISPID dispid, BSTR text) {
+    // A sink may unadvise, or advise another, while it handles the event.
+    std::vector<IDispatch*> sinks;
+    for (auto& [cookie, sink] : sinks_) {
+        sink->AddRef();
+        sinks.push_back(sink);
+    }
+    for (IDispatch* sink : sinks) {
+        BSTR argument = SysAllocStringLen(text, SysStringLen(text));
+        VARIANT value;
+        VariantInit(&value);
+        V_VT(&value) = VT_BSTR | VT_BYREF;
+        V_BSTRREF(&value) = &argument;
+        DISPPARAMS params = {&value, nullptr, 1, 0};
+        sink->Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &params, nullptr, nullptr, nullptr);
+        SysFreeString(argument);
+        sink->Release();
+    }
+}
+
+STDMETHODIMP ConnectionPoint::QueryInterface(REFIID riid, void** out) {
+    if (!out) return E_POINTER;
+    if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IConnectionPoint)) {
+        *out = static_cast<IConnectionPoint*>(this);
+        AddRef();
+        return S_OK;
+    }
+    *out = nullptr;
+    return E_NOINTERFACE;
+}
+
+STDMETHODIMP_(ULONG) ConnectionPoint::AddRef() { return container_.AddRef(); }
+STDMETHODIMP_(ULONG) ConnectionPoint::Release() { return container_.Release(); }
+
+STDMETHODIMP ConnectionPoint::GetConnectionInterface(IID* iid) {
+    if (!iid) return E_POINTER;
+    *iid = eventIid_;
+    return S_OK;
+}
+
+STDMETHODIMP ConnectionPoint::GetConnectionPointContainer(IConnectionPointContainer** container) {
+    if (!container) return E_POINTER;
+    *container = &container_;
+    container_.AddRef();
+    return S_OK;
+}
+
+STDMETHODIMP ConnectionPoint::Advise(IUnknown* sink, DWORD* cookie) {
+    if (!sink || !cookie) return E_POINTER;
+    *cookie = 0;
+    IDispatch* dispatch = nullptr;
+    if (FAILED(sink->QueryInterface(eventIid_, reinterpret_cast<void**>(&dispatch))) &&
+        FAILED(sink->QueryInterface(IID_IDispatch, reinterpret_cast<void**>(&dispatch))))
+        return CONNECT_E_CANNOTCONNECT;
+    *cookie = nextCookie_++;
+    sinks_[*cookie] = dispatch;
+    return S_OK;
+}
+
+STDMETHODIMP ConnectionPoint::Unadvise(DWORD cookie) {
+    auto found = sinks_.find(cookie);
+    if (found == sinks_.end()) return CONNECT_E_NOCONNECTION;
+    IDispatch* sink = found->second;
+    sinks_.erase(found);
+    sink->Release();
+    return S_OK;
+}
+
+STDMETHODIMP ConnectionPoint::EnumConnections(IEnumConnections** connections) {
+    if (!connections) return E_POINTER;
+    *connections = nullptr;
+    return E_NOTIMPL;
+}
+
+}  // namespace corvan::com
