@@ -1,0 +1,102 @@
+#pragma once
+#include <cstdint>
+#include <string>
+
+#include <windows.h>
+#include <wininet.h>
+
+#include "common/desktop.h"
+#include "transfer/internet_handle.h"
+#include "transfer/transfer_texts.h"
+
+namespace corvan {
+
+// What a session tells its owner.
+class clsFTPEvents {
+public:
+    virtual ~clsFTPEvents() = default;
+    virtual void FileProgress(float Percent, const std::string& status) = 0;
+    // The handler may change the text.
+    virtual void StatusChange(std::string& status, int32_t code) = 0;
+};
+
+// protocal takes WinINet's own service numbers: INTERNET_SERVICE_FTP (1),
+// INTERNET_SERVICE_GOPHER (2), INTERNET_SERVICE_HTTP (3).
+
+// One WinINet session: downloads a URL into a file or a text, block by
+// block, with progress events, and words WinINet's numbers as text.
+class clsFTP {
+public:
+    // `desktop` lets pending window messages run between blocks; without one
+    // nothing is pumped.
+    explicit clsFTP(Desktop* desktop = nullptr, clsFTPEvents* listener = nullptr);
+    ~clsFTP();
+    clsFTP(const clsFTP&) = delete;
+    clsFTP& operator=(const clsFTP&) = delete;
+
+    void SetListener(clsFTPEvents* listener) { listener_ = listener; }
+
+    // Connects with the session's Port and protocal; true when WinINet gave
+    // a connection handle.
+    bool OpenFTP(const std::string& FTarget, const std::string& Login, const std::string& Password);
+
+    int32_t Port();
+    void Port(int32_t value) { port_ = value; }
+    int32_t protocal() const { return protocal_; }
+    void protocal(int32_t value) { protocal_ = value; }
+    const std::string& Login() const { return login_; }
+    void Login(const std::string& value) { login_ = value; }
+    const std::string& Password() const { return password_; }
+    void Password(const std::string& value) { password_ = value; }
+    // The connection handle of the last OpenFTP as the 32-bit value
+    // scripts see; 0 before.
+    int32_t InternetHandle() const;
+    bool StillExecuting() const { return stillExecuting_; }
+    double dwCurrentFileSize() const { return currentFileSize_; }
+    double pub_BytesSent() const { return counters_.pub_BytesSent; }
+    double pub_BytesRecieved() const { return counters_.pub_BytesRecieved; }
+
+    // Downloads URL into the file Destination. False, with the file as it
+    // was, when the URL cannot be opened, the server answers with an HTTP
+    // error, the file cannot be written or the body ends early.
+    bool DownloadFile(const std::string& URL, const std::string& Destination);
+
+    // Downloads URL into a text; empty when it cannot be had whole.
+    std::string OpenURL(const std::string& URL);
+
+    static double FtpFileGetFileSize(const WIN32_FIND_DATAA& WFD);
+    static std::string StripNull(const std::string& item) { return corvan::StripNull(item); }
+
+    // Sets lErrorCode to 0 and returns the text for the code it held.
+    std::string GetErr(int32_t& lErrorCode);
+
+    void FtpCallbackStatus(HINTERNET hInternet, DWORD_PTR dwContext, DWORD dwInternetStatus, LPVOID lpvStatusInfo,
+                           DWORD dwStatusInfoLength);
+
+    INTERNET_STATUS_CALLBACK SetStatusCallBack(HINTERNET hInternet, INTERNET_STATUS_CALLBACK lpfnInternetCallBack);
+    void RemoveStatusCallback(HINTERNET hCallBack);
+
+private:
+    void RaiseFileProgress(float percent, const std::string& status);
+    void ReportBlock(double total);
+    void LetMessagesRun();
+    // The request for URL, or nothing when it cannot be opened or the server
+    // answers with an HTTP error.
+    unique_hinternet OpenRequest(const std::string& URL);
+
+    Desktop* desktop_;
+    clsFTPEvents* listener_;
+    unique_hinternet session_;
+    HINTERNET connection_ = nullptr;
+    int32_t protocal_ = 0;
+    int32_t port_ = 0;
+    std::string login_, password_;
+    bool stillExecuting_ = false;
+    double currentFileSize_ = 0;
+    TransferCounters counters_;
+};
+
+// The agent name the installer server sees.
+inline constexpr char kTransferAgent[] = "Corvan Connect Installer";
+
+}  // namespace corvan
