@@ -1,0 +1,152 @@
+#include "files/clsFileIO.h"
+
+#include <cstdio>
+#include <memory>
+
+#include "files/cBinaryFileStream.h"
+#include "files/folder_browser.h"
+#include "files/text_file.h"
+#include "files/win_errors.h"
+
+namespace corvan {
+namespace {
+
+const char kWriteTextSource[] = "clsFileIO.WriteText";
+
+bool IsLineBreak(char c) { return c == '\r' || c == '\n'; }
+
+}  // namespace
+
+clsFileIO::~clsFileIO() = default;
+
+int64_t clsFileIO::Length() const { return FileInfo().size; }
+
+std::string clsFileIO::GetFolder(HWND owner) const { return BrowseForFolder(owner); }
+
+clsFileIO::Facts clsFileIO::FileInfo() const {
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    if (!GetFileAttributesExA(path_.c_str(), GetFileExInfoStandard, &data))
+        throw FileFailure(GetLastError(), "clsFileIO.FileInfo");
+    Facts facts;
+    facts.size = (int64_t(data.nFileSizeHigh) << 32) | data.nFileSizeLow;
+    facts.attributes = data.dwFileAttributes;
+    facts.created = data.ftCreationTime;
+    facts.lastWritten = data.ftLastWriteTime;
+    facts.lastAccessed = data.ftLastAccessTime;
+    return facts;
+}
+
+void clsFileIO::Contents(const std::string& text) {
+    contents_ = text;
+    IndexRows();
+}
+
+void clsFileIO::SetMode(Mode mode) {
+    mode_ = mode;
+    status_ = mode == Mode::Read ? "Open" : mode == Mode::Write ? "Write" : "Closed";
+}
+
+// Entry 1 is the start of the text; every carriage return starts one more.
+void clsFileIO::IndexRows() {
+    rowStarts_.assign(1, 0);
+    for (size_t i = 0; i < contents_.size(); ++i)
+        if (contents_[i] == '\r') rowStarts_.push_back(i);
+}
+
+void clsFileIO::CreateFile(const std::string& path) {
+    CloseFile();
+    path_ = path;
+    text_file::CreateIfMissing(path, "clsFileIO.CreateFile");
+    written_ = false;
+    SetMode(Mode::Write);
+}
+
+bool clsFileIO::OpenFile(const std::string& path) {
+    CloseFile();
+    path_ = path;
+    try {
+        contents_ = text_file::ReadAll(path, "clsFileIO.OpenFile");
+        IndexRows();
+        SetMode(Mode::Read);
+        return true;
+    } catch (const Failure& failure) {
+        // Rows of an earlier file must not pass for this one's.
+        contents_.clear();
+        IndexRows();
+        status_ = failure.Description();
+        return false;
+    }
+}
+
+void clsFileIO::CloseFile() {
+    SetMode(Mode::Closed);
+    written_ = false;
+}
+
+void clsFileIO::WriteText(const std::string& text) {
+    if (mode_ == Mode::Closed)
+        throw Failure(error::kPathFileAccessError, kWriteTextSource,
+                      "The file is not opened for writing. Please close the file, and reopen it for writing, or "
+                      "appending.");
+    const bool append = mode_ == Mode::Write && written_;
+    const std::string whole = append ? contents_ + text : text;
+    text_file::ReplaceAll(path_, whole, kWriteTextSource);
+    written_ = true;
+    contents_ = whole;
+    IndexRows();
+}
+
+bool clsFileIO::Refresh() {
+    try {
+        contents_ = text_file::ReadAll(path_, "clsFileIO.Refresh");
+        IndexRows();
+        return true;
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
+std::string clsFileIO::VersionNumber() const {
+    DWORD ignored = 0;
+    const DWORD size = GetFileVersionInfoSizeA(path_.c_str(), &ignored);
+    if (size == 0) return "0.0.0.0";
+    std::vector<char> block(size);
+    if (!GetFileVersionInfoA(path_.c_str(), 0, size, block.data())) return "0.0.0.0";
+    VS_FIXEDFILEINFO* fixed = nullptr;
+    UINT length = 0;
+    if (!VerQueryValueA(block.data(), "\\", reinterpret_cast<void**>(&fixed), &length) || fixed == nullptr ||
+        length < sizeof(VS_FIXEDFILEINFO))
+        return "0.0.0.0";
+    char text[64];
+    std::snprintf(text, sizeof text, "%lu.%lu.%lu.%lu", static_cast<unsigned long>(HIWORD(fixed->dwFileVersionMS)),
+                  static_cast<unsigned long>(LOWORD(fixed->dwFileVersionMS)),
+                  static_cast<unsigned long>(HIWORD(fixed->dwFileVersionLS)),
+                  static_cast<unsigned long>(LOWORD(fixed->dwFileVersionLS)));
+    return text;
+}
+
+std::string clsFileIO::GetRow(int32_t index) const {
+    if (contents_.empty() || index < 1 || static_cast<size_t>(index) > rowStarts_.size()) return {};
+    const size_t begin = rowStarts_[index - 1];
+    const size_t end = static_cast<size_t>(index) < rowStarts_.size() ? rowStarts_[index] : contents_.size();
+    size_t from = begin, to = end;
+    while (from < to && IsLineBreak(contents_[from])) ++from;
+    while (to > from && IsLineBreak(contents_[to - 1])) --to;
+    return contents_.substr(from, to - from);
+}
+
+void clsFileIO::CRCProgress(int16_t& Percent) {
+    if (listener_ != nullptr) listener_->CRCProgress(Percent);
+}
+
+std::string clsFileIO::CRC32() {
+    cBinaryFileStream stream;
+    stream.File(path_);
+    cCRC32 crc(this);
+    const uint32_t value = static_cast<uint32_t>(crc.GetFileCrc32(stream));
+    char text[16];
+    std::snprintf(text, sizeof text, "%X", value);
+    return text;
+}
+
+}  // namespace corvan

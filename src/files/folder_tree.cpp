@@ -1,0 +1,96 @@
+#include "files/folder_tree.h"
+
+#include "files/win_errors.h"
+
+namespace corvan::folder_tree {
+namespace {
+
+bool IsDots(const char* name) { return name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0)); }
+
+std::string Join(const std::string& folder, const char* name) {
+    return (!folder.empty() && folder.back() == '\\') ? folder + name : folder + "\\" + name;
+}
+
+class FindHandle {
+public:
+    explicit FindHandle(HANDLE h) : h_(h) {}
+    ~FindHandle() {
+        if (h_ != INVALID_HANDLE_VALUE) FindClose(h_);
+    }
+    HANDLE Get() const { return h_; }
+
+private:
+    HANDLE h_;
+};
+
+}  // namespace
+
+void ForEachEntry(const std::string& folder, const std::function<void(const WIN32_FIND_DATAA&)>& visit,
+                  const char* source) {
+    WIN32_FIND_DATAA data{};
+    FindHandle find(FindFirstFileA(Join(folder, "*").c_str(), &data));
+    if (find.Get() == INVALID_HANDLE_VALUE) {
+        const DWORD code = GetLastError();
+        if (code == ERROR_FILE_NOT_FOUND || code == ERROR_NO_MORE_FILES) return;  // empty
+        throw FileFailure(code == ERROR_DIRECTORY ? ERROR_PATH_NOT_FOUND : code, source);
+    }
+    do {
+        if (!IsDots(data.cFileName)) visit(data);
+    } while (FindNextFileA(find.Get(), &data));
+}
+
+uint64_t TotalSize(const std::string& folder, const char* source) {
+    uint64_t total = 0;
+    ForEachEntry(folder, [&](const WIN32_FIND_DATAA& e) {
+        if (e.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+            total += TotalSize(Join(folder, e.cFileName), source);
+        else
+            total += (uint64_t(e.nFileSizeHigh) << 32) | e.nFileSizeLow;
+    }, source);
+    return total;
+}
+
+void DeleteTree(const std::string& folder, bool force, const char* source) {
+    const DWORD attributes = GetFileAttributesA(folder.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_DIRECTORY))
+        throw FileFailure(ERROR_PATH_NOT_FOUND, source);
+    if (attributes & FILE_ATTRIBUTE_READONLY) {
+        if (!force) throw FileFailure(ERROR_ACCESS_DENIED, source);
+        SetFileAttributesA(folder.c_str(), attributes & ~FILE_ATTRIBUTE_READONLY);
+    }
+    ForEachEntry(folder, [&](const WIN32_FIND_DATAA& e) {
+        const std::string child = Join(folder, e.cFileName);
+        if (e.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
+            DeleteTree(child, force, source);
+            return;
+        }
+        if (e.dwFileAttributes & FILE_ATTRIBUTE_READONLY) {
+            if (!force) throw FileFailure(ERROR_ACCESS_DENIED, source);
+            SetFileAttributesA(child.c_str(), FILE_ATTRIBUTE_NORMAL);
+        }
+        if (!DeleteFileA(child.c_str())) throw FileFailure(GetLastError(), source);
+    }, source);
+    if (!RemoveDirectoryA(folder.c_str())) throw FileFailure(GetLastError(), source);
+}
+
+void CopyTree(const std::string& folder, const std::string& target, bool overwrite, const char* source) {
+    const DWORD attributes = GetFileAttributesA(folder.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_DIRECTORY))
+        throw FileFailure(ERROR_PATH_NOT_FOUND, source);
+    if (!CreateDirectoryA(target.c_str(), nullptr)) {
+        const DWORD code = GetLastError();
+        const DWORD there = GetFileAttributesA(target.c_str());
+        if (code != ERROR_ALREADY_EXISTS || there == INVALID_FILE_ATTRIBUTES || !(there & FILE_ATTRIBUTE_DIRECTORY))
+            throw FileFailure(code, source);
+    }
+    ForEachEntry(folder, [&](const WIN32_FIND_DATAA& e) {
+        const std::string from = Join(folder, e.cFileName), to = Join(target, e.cFileName);
+        if (e.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
+            CopyTree(from, to, overwrite, source);
+        } else if (!CopyFileA(from.c_str(), to.c_str(), overwrite ? FALSE : TRUE)) {
+            throw FileFailure(GetLastError(), source);
+        }
+    }, source);
+}
+
+}  // namespace corvan::folder_tree

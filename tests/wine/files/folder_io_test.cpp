@@ -1,0 +1,176 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <thread>
+
+#include "common/failure.h"
+#include "files/clsFolderIO.h"
+#include "scripted_desktop.h"
+#include "wine_bench.h"
+
+using corvan::clsFolderIO;
+using corvan::Failure;
+using testing_support::ScriptedDesktop;
+using winbench::FileExists;
+using winbench::WriteFileBytes;
+
+namespace {
+
+bool FolderExists(const std::string& path) {
+    const DWORD a = GetFileAttributesA(path.c_str());
+    return a != INVALID_FILE_ATTRIBUTES && (a & FILE_ATTRIBUTE_DIRECTORY);
+}
+
+// scratch\tree\{a.txt (3 bytes), b.txt (4 bytes), sub\c.txt (5 bytes), empty\}
+std::string MakeTree(const std::string& scratch) {
+    const std::string tree = scratch + "tree";
+    CreateDirectoryA(tree.c_str(), nullptr);
+    CreateDirectoryA((tree + "\\sub").c_str(), nullptr);
+    CreateDirectoryA((tree + "\\empty").c_str(), nullptr);
+    WriteFileBytes(tree + "\\a.txt", "aaa");
+    WriteFileBytes(tree + "\\b.txt", "bbbb");
+    WriteFileBytes(tree + "\\sub\\c.txt", "ccccc");
+    return tree;
+}
+
+}  // namespace
+
+TEST(FolderIO, OpensAndAnswersQuestions) {
+    winbench::ScratchFolder scratch("folders-query");
+    const std::string tree = MakeTree(scratch.Path());
+    ScriptedDesktop desktop;
+    clsFolderIO folder(desktop);
+
+    EXPECT_THROW(folder.FileCount(), Failure) << "nothing open yet";
+    EXPECT_FALSE(folder.OpenFolder(""));
+    EXPECT_EQ(desktop.pumps, 0);
+    ASSERT_TRUE(folder.OpenFolder(tree + "\\"));
+    EXPECT_EQ(desktop.pumps, 1);
+    EXPECT_EQ(folder.path(), tree);
+    EXPECT_FALSE(folder.OpenFolder("")) << "an empty path keeps the folder";
+    EXPECT_EQ(folder.path(), tree);
+
+    EXPECT_EQ(folder.FileCount(), 2);
+    EXPECT_EQ(folder.SubFolderCount(), 2);
+    auto subs = folder.SubFolders();
+    std::sort(subs.begin(), subs.end());
+    EXPECT_EQ(subs, (std::vector<std::string>{"empty", "sub"}));
+    EXPECT_EQ(folder.Size(), 12.0);
+    EXPECT_FALSE(folder.IsRootFolder());
+    EXPECT_EQ(folder.HardDrive(), "C:");
+    EXPECT_EQ(folder.ParentPath() + "\\", scratch.Path());
+
+    const std::string made = folder.CreateFolder("new");
+    EXPECT_EQ(made, tree + "\\new");
+    EXPECT_TRUE(FolderExists(made));
+    try {
+        folder.CreateFolder("new");
+        FAIL() << "no error";
+    } catch (const Failure& f) {
+        EXPECT_EQ(f.Number(), 58);
+    }
+
+    try {
+        folder.OpenFolder(tree + "\\missing");
+        FAIL() << "no error";
+    } catch (const Failure& f) {
+        EXPECT_EQ(f.Number(), 76);
+    }
+    EXPECT_EQ(folder.path(), tree);
+
+    ASSERT_TRUE(folder.OpenFolder("C:\\"));
+    EXPECT_TRUE(folder.IsRootFolder());
+    EXPECT_EQ(folder.ParentPath(), "");
+}
+
+// Every box carries the title "Delete...", whatever it asks; No does nothing.
+TEST(FolderIO, ConfirmationBoxesAndNo) {
+    winbench::ScratchFolder scratch("folders-confirm");
+    const std::string tree = MakeTree(scratch.Path());
+    ScriptedDesktop desktop;
+    clsFolderIO folder(desktop);
+    ASSERT_TRUE(folder.OpenFolder(tree));
+    desktop.Answer(corvan::msgbox::vbNo);
+    desktop.Answer(corvan::msgbox::vbNo);
+    desktop.Answer(corvan::msgbox::vbNo);
+    EXPECT_EQ(folder.Delete(true, true), 0);
+    EXPECT_EQ(folder.Move(scratch.Path() + "moved", true), 0);
+    EXPECT_EQ(folder.Copy(scratch.Path() + "copied", true, true), 0);
+    ASSERT_EQ(desktop.boxes.size(), 3u);
+    EXPECT_EQ(desktop.boxes[0].text, "Are you sure you want to delete the selected directory?");
+    EXPECT_EQ(desktop.boxes[1].text, "Are you sure you want to move the selected directory?");
+    EXPECT_EQ(desktop.boxes[2].text, "Are you sure you want to copy the selected directory?");
+    for (const auto& box : desktop.boxes) {
+        EXPECT_EQ(box.title, "Delete...");
+        EXPECT_EQ(box.style, 292);
+    }
+    EXPECT_TRUE(FolderExists(tree));
+    EXPECT_FALSE(FolderExists(scratch.Path() + "moved"));
+    EXPECT_FALSE(FolderExists(scratch.Path() + "copied"));
+}
+
+TEST(FolderIO, MoveWithoutConfirmationIsATypeMismatch) {
+    winbench::ScratchFolder scratch("folders-move");
+    const std::string tree = MakeTree(scratch.Path());
+    ScriptedDesktop desktop;
+    clsFolderIO folder(desktop);
+    ASSERT_TRUE(folder.OpenFolder(tree));
+    EXPECT_EQ(folder.Move(scratch.Path() + "moved", false), 13);
+    EXPECT_TRUE(desktop.boxes.empty());
+    EXPECT_TRUE(FileExists(tree + "\\sub\\c.txt"));
+    EXPECT_FALSE(FolderExists(scratch.Path() + "moved"));
+
+    desktop.Answer(corvan::msgbox::vbYes);
+    EXPECT_EQ(folder.Move(scratch.Path() + "moved", true), 0);
+    EXPECT_TRUE(FileExists(scratch.Path() + "moved\\sub\\c.txt"));
+    EXPECT_FALSE(FolderExists(tree));
+    EXPECT_EQ(folder.path(), scratch.Path() + "moved");
+}
+
+TEST(FolderIO, CopyAndDeleteReportErrorNumbers) {
+    winbench::ScratchFolder scratch("folders-copy");
+    const std::string tree = MakeTree(scratch.Path());
+    ScriptedDesktop desktop;
+    clsFolderIO folder(desktop);
+    ASSERT_TRUE(folder.OpenFolder(tree));
+
+    EXPECT_EQ(folder.Copy(scratch.Path() + "copy", false, false), 0);
+    EXPECT_EQ(winbench::ReadFileBytes(scratch.Path() + "copy\\sub\\c.txt"), "ccccc");
+    EXPECT_TRUE(FolderExists(scratch.Path() + "copy\\empty"));
+    EXPECT_EQ(folder.Copy(scratch.Path() + "copy", false, false), 58);
+    WriteFileBytes(tree + "\\a.txt", "changed");
+    EXPECT_EQ(folder.Copy(scratch.Path() + "copy", true, false), 0);
+    EXPECT_EQ(winbench::ReadFileBytes(scratch.Path() + "copy\\a.txt"), "changed");
+    CreateDirectoryA((scratch.Path() + "into").c_str(), nullptr);
+    EXPECT_EQ(folder.Copy(scratch.Path() + "into\\", true, false), 0) << "a trailing backslash copies into the folder";
+    EXPECT_TRUE(FileExists(scratch.Path() + "into\\tree\\sub\\c.txt"));
+    EXPECT_EQ(folder.Copy(tree + "\\inside", true, false), 5);
+    EXPECT_FALSE(FolderExists(tree + "\\inside"));
+
+    SetFileAttributesA((tree + "\\sub\\c.txt").c_str(), FILE_ATTRIBUTE_READONLY);
+    EXPECT_EQ(folder.Delete(false, false), 70);
+    EXPECT_TRUE(FileExists(tree + "\\sub\\c.txt"));
+    desktop.Answer(corvan::msgbox::vbYes);
+    EXPECT_EQ(folder.Delete(true, true), 0);
+    EXPECT_FALSE(FolderExists(tree));
+    EXPECT_EQ(folder.Delete(true, false), 76) << "already gone";
+}
+
+TEST(FolderIO, CancelledBrowserGivesEmptyText) {
+    ScriptedDesktop desktop;
+    clsFolderIO folder(desktop);
+    std::thread canceller([] {
+        for (int i = 0; i < 400; ++i) {
+            Sleep(50);
+            HWND box = FindWindowA("#32770", nullptr);
+            DWORD pid = 0;
+            if (box) GetWindowThreadProcessId(box, &pid);
+            if (box && pid == GetCurrentProcessId()) {
+                PostMessageA(box, WM_COMMAND, IDCANCEL, 0);
+                return;
+            }
+        }
+    });
+    EXPECT_EQ(folder.GetFolder(nullptr), "");
+    canceller.join();
+}
