@@ -32,7 +32,8 @@ constexpr bool kAutomationClass = false;
 }  // namespace
 
 #define CORVAN_PUBLIC_CLASSES(CLASS) \
-    CLASS(ManageClient, kControl)
+    CLASS(ManageClient, kControl) \
+    CLASS(clsTalo, kAutomationClass)
 
 #define CORVAN_DECLARE_CREATE(X, kind) HRESULT Create##X(REFIID riid, void** out);
 CORVAN_PUBLIC_CLASSES(CORVAN_DECLARE_CREATE)
