@@ -1,0 +1,80 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "common/failure.h"
+#include "items/clsItem.h"
+#include "scripted_desktop.h"
+#include "wine_bench.h"
+
+using corvan::clsItem;
+
+namespace {
+
+struct ItemEvents : corvan::clsItemEvents {
+    void FileDownloadProgress(float Percent, const std::string& status) override {
+        log.push_back("progress " + std::to_string(Percent) + " " + status);
+    }
+    void StatusMessageUpdate(const std::string& status) override { log.push_back("status " + status); }
+    std::vector<std::string> log;
+};
+
+class ItemDownload : public ::testing::Test {
+protected:
+    void SetUp() override {
+        const char* url = std::getenv("CORVAN_HTTP_URL");
+        if (!url) GTEST_SKIP() << "CORVAN_HTTP_URL not set: the http fixture did not start";
+        item.Source(std::string(url) + "size/");
+    }
+    winbench::ScratchFolder folder{"item-download"};
+    testing_support::ScriptedDesktop desktop;
+    ItemEvents events;
+    clsItem item{desktop, &events};
+};
+
+}  // namespace
+
+TEST_F(ItemDownload, MakesTheFolderAndRelaysProgress) {
+    item.FileName("2048");
+    item.Productname("Corvan Viewer");
+    item.InstallFolder(folder.Path() + "deep\\er");
+    item.InstallFileName("viewer.bin");
+    item.DownloadItemFile();
+
+    const std::string target = folder.Path() + "deep\\er\\viewer.bin";
+    EXPECT_EQ(winbench::ReadFileBytes(target).size(), 2048u);
+    EXPECT_EQ(item.StoredInstallFolder(), folder.Path() + "deep\\er\\");
+    EXPECT_EQ(events.log, (std::vector<std::string>{
+                              "status Downloading Corvan Viewer",
+                              "progress 0.500000 1024 bytes of 2048 bytes read ",
+                              "progress 1.000000 2048 bytes of 2048 bytes read ",
+                              "progress 1.000000 2048 bytes of 2048 bytes read ",
+                              "progress 1.000000 2048 bytes of 2048 bytes read ",
+                          }));
+    // The status message is let through to the page before the download.
+    EXPECT_EQ(desktop.pumps, 3);
+}
+
+TEST_F(ItemDownload, WithoutProductNameShowsTheFileAndKeepsItsName) {
+    item.FileName("300");
+    item.InstallFolder(folder.Path());
+    item.DownloadItemFile();
+    EXPECT_EQ(events.log.front(), "status Downloading 300");
+    EXPECT_EQ(winbench::ReadFileBytes(folder.Path() + "300").size(), 1024u);
+}
+
+TEST_F(ItemDownload, MissingFileRaisesTheDownloadError) {
+    item.Source(item.Source().substr(0, item.Source().size() - 5) + "status/");
+    item.FileName("404");
+    item.InstallFolder(folder.Path());
+    try {
+        item.DownloadItemFile();
+        FAIL() << "no error raised";
+    } catch (const corvan::Failure& failure) {
+        EXPECT_EQ(failure.Number(), static_cast<int32_t>(0x80040064));
+        EXPECT_EQ(failure.Source(), "Corvan.clsInstall.PrepInstaller");
+        EXPECT_EQ(failure.Description(),
+                  "Could not locate '404' on remote host.\r\nPlease contact the help desk for farther assistance.");
+    }
+    EXPECT_FALSE(winbench::FileExists(folder.Path() + "404"));
+}
