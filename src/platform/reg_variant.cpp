@@ -6,51 +6,23 @@
 
 namespace corvan {
 
-RegVariant RegVariant::Integer(int16_t value) {
-    RegVariant v;
-    v.kind_ = VariantKind::Integer;
-    v.integer_ = value;
-    return v;
-}
+RegVariant::RegVariant(VariantKind kind, int32_t integer, double number)
+    : kind_(kind), integer_(integer), number_(number) {}
 
-RegVariant RegVariant::Long(int32_t value) {
-    RegVariant v;
-    v.kind_ = VariantKind::Long;
-    v.integer_ = value;
-    return v;
-}
-
-RegVariant RegVariant::Double(double value) {
-    RegVariant v;
-    v.kind_ = VariantKind::Double;
-    v.number_ = value;
-    return v;
-}
-
-RegVariant RegVariant::Date(double oleDate) {
-    RegVariant v;
-    v.kind_ = VariantKind::Date;
-    v.number_ = oleDate;
-    return v;
-}
-
-RegVariant RegVariant::Boolean(bool value) {
-    RegVariant v;
-    v.kind_ = VariantKind::Boolean;
-    v.integer_ = value ? -1 : 0;
-    return v;
-}
+RegVariant RegVariant::Integer(int16_t value) { return RegVariant(VariantKind::Integer, value, 0); }
+RegVariant RegVariant::Long(int32_t value) { return RegVariant(VariantKind::Long, value, 0); }
+RegVariant RegVariant::Double(double value) { return RegVariant(VariantKind::Double, 0, value); }
+RegVariant RegVariant::Date(double oleDate) { return RegVariant(VariantKind::Date, 0, oleDate); }
+RegVariant RegVariant::Boolean(bool value) { return RegVariant(VariantKind::Boolean, value ? -1 : 0, 0); }
 
 RegVariant RegVariant::String(std::string text) {
-    RegVariant v;
-    v.kind_ = VariantKind::String;
+    RegVariant v(VariantKind::String, 0, 0);
     v.text_ = std::move(text);
     return v;
 }
 
 RegVariant RegVariant::Bytes(std::vector<uint8_t> bytes) {
-    RegVariant v;
-    v.kind_ = VariantKind::ByteArray;
+    RegVariant v(VariantKind::ByteArray, 0, 0);
     v.bytes_ = std::move(bytes);
     return v;
 }

@@ -40,6 +40,8 @@ public:
     friend bool operator==(const RegVariant&, const RegVariant&) = default;
 
 private:
+    RegVariant(VariantKind kind, int32_t integer, double number);
+
     VariantKind kind_ = VariantKind::Empty;
     int32_t integer_ = 0;
     double number_ = 0;
