@@ -1,11 +1,5 @@
 #include "files/crc32_kernels.h"
 
-#include <cstring>
-
-#if defined(__x86_64__) || defined(__i386__)
-#include <immintrin.h>
-#define CORVAN_CRC_X86 1
-#endif
 
 namespace corvan::crc32 {
 namespace {
@@ -72,113 +66,10 @@ uint32_t UpdateSliced(uint32_t reg, const uint8_t* data, size_t size) {
     return UpdateBytewise(reg, data, size);
 }
 
-#ifdef CORVAN_CRC_X86
-
-bool CarrylessAvailable() {
-    static const bool available = [] {
-        __builtin_cpu_init();
-        return __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("sse4.1");
-    }();
-    return available;
-}
-
-namespace {
-
-// Folding constants of the reflected IEEE polynomial (x^(n) mod P, bit
-// reflected) and the Barrett pair, as in Intel's paper "Fast CRC
-// Computation for Generic Polynomials Using PCLMULQDQ".
-alignas(16) constexpr uint64_t kK1K2[2] = {0x0154442bd4ull, 0x01c6e41596ull};
-alignas(16) constexpr uint64_t kK3K4[2] = {0x01751997d0ull, 0x00ccaa009eull};
-alignas(16) constexpr uint64_t kK5K0[2] = {0x0163cd6124ull, 0x0000000000ull};
-alignas(16) constexpr uint64_t kPoly[2] = {0x01db710641ull, 0x01f7011641ull};
-
-// size is at least 64 and a multiple of 16.
-__attribute__((target("pclmul,sse4.1"))) uint32_t FoldBlocks(uint32_t reg, const uint8_t* buf, size_t size) {
-    __m128i x0, x1, x2, x3, x4, x5, x6, x7, x8;
-    x1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(buf + 0x00));
-    x2 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(buf + 0x10));
-    x3 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(buf + 0x20));
-    x4 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(buf + 0x30));
-    x1 = _mm_xor_si128(x1, _mm_cvtsi32_si128(static_cast<int>(reg)));
-    x0 = _mm_load_si128(reinterpret_cast<const __m128i*>(kK1K2));
-    buf += 64;
-    size -= 64;
-
-    while (size >= 64) {
-        x5 = _mm_clmulepi64_si128(x1, x0, 0x00);
-        x6 = _mm_clmulepi64_si128(x2, x0, 0x00);
-        x7 = _mm_clmulepi64_si128(x3, x0, 0x00);
-        x8 = _mm_clmulepi64_si128(x4, x0, 0x00);
-        x1 = _mm_clmulepi64_si128(x1, x0, 0x11);
-        x2 = _mm_clmulepi64_si128(x2, x0, 0x11);
-        x3 = _mm_clmulepi64_si128(x3, x0, 0x11);
-        x4 = _mm_clmulepi64_si128(x4, x0, 0x11);
-        x1 = _mm_xor_si128(_mm_xor_si128(x1, x5), _mm_loadu_si128(reinterpret_cast<const __m128i*>(buf + 0x00)));
-        x2 = _mm_xor_si128(_mm_xor_si128(x2, x6), _mm_loadu_si128(reinterpret_cast<const __m128i*>(buf + 0x10)));
-        x3 = _mm_xor_si128(_mm_xor_si128(x3, x7), _mm_loadu_si128(reinterpret_cast<const __m128i*>(buf + 0x20)));
-        x4 = _mm_xor_si128(_mm_xor_si128(x4, x8), _mm_loadu_si128(reinterpret_cast<const __m128i*>(buf + 0x30)));
-        buf += 64;
-        size -= 64;
-    }
-
-    // Four lanes into one.
-    x0 = _mm_load_si128(reinterpret_cast<const __m128i*>(kK3K4));
-    for (__m128i next : {x2, x3, x4}) {
-        x5 = _mm_clmulepi64_si128(x1, x0, 0x00);
-        x1 = _mm_clmulepi64_si128(x1, x0, 0x11);
-        x1 = _mm_xor_si128(_mm_xor_si128(x1, next), x5);
-    }
-    while (size >= 16) {
-        x2 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(buf));
-        x5 = _mm_clmulepi64_si128(x1, x0, 0x00);
-        x1 = _mm_clmulepi64_si128(x1, x0, 0x11);
-        x1 = _mm_xor_si128(_mm_xor_si128(x1, x2), x5);
-        buf += 16;
-        size -= 16;
-    }
-
-    // 128 bits to 64.
-    x2 = _mm_clmulepi64_si128(x1, x0, 0x10);
-    x3 = _mm_setr_epi32(~0, 0, ~0, 0);
-    x1 = _mm_srli_si128(x1, 8);
-    x1 = _mm_xor_si128(x1, x2);
-    x0 = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(kK5K0));
-    x2 = _mm_srli_si128(x1, 4);
-    x1 = _mm_and_si128(x1, x3);
-    x1 = _mm_clmulepi64_si128(x1, x0, 0x00);
-    x1 = _mm_xor_si128(x1, x2);
-
-    // Barrett reduction to 32 bits.
-    x0 = _mm_load_si128(reinterpret_cast<const __m128i*>(kPoly));
-    x2 = _mm_and_si128(x1, x3);
-    x2 = _mm_clmulepi64_si128(x2, x0, 0x10);
-    x2 = _mm_and_si128(x2, x3);
-    x2 = _mm_clmulepi64_si128(x2, x0, 0x00);
-    x1 = _mm_xor_si128(x1, x2);
-    return static_cast<uint32_t>(_mm_extract_epi32(x1, 1));
-}
-
-}  // namespace
-
-uint32_t UpdateCarryless(uint32_t reg, const uint8_t* data, size_t size) {
-    if (size >= 64) {
-        const size_t folded = size & ~size_t(15);
-        reg = FoldBlocks(reg, data, folded);
-        data += folded;
-        size -= folded;
-    }
-    return UpdateSliced(reg, data, size);
-}
-
-#else
-
-bool CarrylessAvailable() { return false; }
-uint32_t UpdateCarryless(uint32_t reg, const uint8_t* data, size_t size) { return UpdateSliced(reg, data, size); }
-
-#endif
-
 uint32_t Update(uint32_t reg, const uint8_t* data, size_t size) {
-    static const auto best = CarrylessAvailable() ? &UpdateCarryless : &UpdateSliced;
+    static const auto best = WideCarrylessAvailable() ? &UpdateWideCarryless
+                             : CarrylessAvailable()   ? &UpdateCarryless
+                                                      : &UpdateSliced;
     return best(reg, data, size);
 }
 

@@ -27,6 +27,12 @@ bool CarrylessAvailable();
 // when CarrylessAvailable(). Short inputs and tails go through UpdateSliced.
 uint32_t UpdateCarryless(uint32_t reg, const uint8_t* data, size_t size);
 
+// The same folding four 128-bit lanes at a time in 512-bit registers
+// (VPCLMULQDQ with AVX-512), 256 bytes per step; only call it when
+// WideCarrylessAvailable(). Shorter inputs go through UpdateCarryless.
+bool WideCarrylessAvailable();
+uint32_t UpdateWideCarryless(uint32_t reg, const uint8_t* data, size_t size);
+
 // The fastest of the above that this CPU runs, chosen once per process.
 uint32_t Update(uint32_t reg, const uint8_t* data, size_t size);
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <random>
 #include <string>
 #include <vector>
@@ -44,7 +45,8 @@ TEST(Crc32, CheckValueAndSignedResult) {
 TEST(Crc32, KernelsAgreeOnRandomLengthsAndAlignments) {
     const auto pool = RandomBytes(70000, 1234);
     std::mt19937 gen(99);
-    std::vector<size_t> lengths = {0, 1, 15, 16, 17, 63, 64, 65, 79, 80, 127, 128, 129, 8191, 8192, 8193, 65536};
+    std::vector<size_t> lengths = {0,   1,   15,  16,  17,  63,  64,   65,   79,   80,   127,  128,  129,
+                                   255, 256, 257, 271, 319, 320, 511, 512, 8191, 8192, 8193, 65536};
     for (int i = 0; i < 300; ++i) lengths.push_back(gen() % 20000);
     for (size_t length : lengths) {
         const size_t offset = gen() % 64;
@@ -55,10 +57,15 @@ TEST(Crc32, KernelsAgreeOnRandomLengthsAndAlignments) {
         if (corvan::crc32::CarrylessAvailable()) {
             ASSERT_EQ(Crc(corvan::crc32::UpdateCarryless, data, length), expected) << length << "@" << offset;
         }
+        if (corvan::crc32::WideCarrylessAvailable()) {
+            ASSERT_EQ(Crc(corvan::crc32::UpdateWideCarryless, data, length), expected) << length << "@" << offset;
+        }
     }
     const auto check = Bytes("123456789123456789123456789123456789123456789123456789123456789123456789");
     EXPECT_EQ(Crc(corvan::crc32::UpdateCarryless, check.data(), check.size()),
               Crc(corvan::crc32::UpdateBytewise, check.data(), check.size()));
+    std::printf("carry-less: %s, 512-bit carry-less: %s\n", corvan::crc32::CarrylessAvailable() ? "yes" : "no",
+                corvan::crc32::WideCarrylessAvailable() ? "yes" : "no");
 }
 
 // Feeding the same bytes in pieces must give the one-piece result: the file
