@@ -33,8 +33,11 @@ struct LegacyScan {
 // The verdict: the earlier application counts as installed when any release
 // of either list is installed. A help desk asks "is any old Talo still on
 // this PC?"; a release from either list answers yes, and a PC with none
-// answers no. Product codes are compared as exact text, as the installer
-// reports them (upper-case, with braces).
+// answers no. No value of the settings takes part: the only 16-bit ones,
+// the retry and history counts, say nothing about installed releases, and a
+// verdict that moved with them would puzzle whoever reads it. Product codes
+// are compared as exact text, as the installer reports them (upper-case,
+// with braces).
 template <typename Yield>
 LegacyScan ScanLegacyProducts(const std::vector<std::string>& products, Yield&& yield);
 

@@ -99,30 +99,20 @@ TEST(WindowTools, FoldersEndInOneBackslash) {
     EXPECT_EQ(tools.WindowsSystem32(), std::string(system, n) + "\\");
 }
 
-TEST(WindowTools, EnvironmentNamesAndHomeDrive) {
+TEST(WindowTools, HomeDriveAlwaysGainsABackslash) {
     clsWindowTools tools;
-    ScopedVariable user("USERNAME", "dealer7");
-    ScopedVariable machine("COMPUTERNAME", "SHOP-PC");
-    ScopedVariable dns("USERDNSDOMAIN", "CORVAN.EXAMPLE");
-    ScopedVariable domain("USERDOMAIN", "CORVAN");
-    ScopedVariable shell("ComSpec", "C:\\WINDOWS\\system32\\cmd.exe");
-    EXPECT_EQ(tools.UserName(), "dealer7");
-    EXPECT_EQ(tools.ComputerName(), "SHOP-PC");
-    EXPECT_EQ(tools.UserDNSDomain(), "CORVAN.EXAMPLE");
-    EXPECT_EQ(tools.Domain(), "CORVAN");
-    EXPECT_EQ(tools.CommandShell(), "C:\\WINDOWS\\system32\\cmd.exe");
     {
         ScopedVariable home("HOMEDRIVE", "H:");
         EXPECT_EQ(tools.HomeDrive(), "H:\\");
     }
     {
         ScopedVariable home("HOMEDRIVE", "H:\\");
-        EXPECT_EQ(tools.HomeDrive(), "H:\\\\");  // appended always
+        EXPECT_EQ(tools.HomeDrive(), "H:\\\\");
     }
     ScopedVariable unset("HOMEDRIVE", nullptr);
     EXPECT_EQ(tools.HomeDrive(), "\\");
-    ScopedVariable noUser("USERNAME", nullptr);
-    EXPECT_EQ(tools.UserName(), "");
+    ScopedVariable user("USERNAME", "dealer7");
+    EXPECT_EQ(tools.UserName(), "dealer7");
 }
 
 TEST(WindowTools, GuidsAreFreshAndInRegistryForm) {
@@ -137,7 +127,32 @@ TEST(WindowTools, GuidsAreFreshAndInRegistryForm) {
     EXPECT_EQ(CLSIDFromString(wide.c_str(), &parsed), S_OK);
 }
 
-TEST(WindowTools, TheWineUserIsAnAdministrator) {
+TEST(WindowTools, AdministratorsCountEvenAsADenyOnlyGroup) {
     // Wine gives every user the built-in Administrators group.
     EXPECT_TRUE(clsWindowTools().IsAdmin());
+
+    // The thread's own token is asked first; in it the group is kept only
+    // for denying access, and the membership test does not look at that.
+    HANDLE process = nullptr;
+    ASSERT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_DUPLICATE | TOKEN_QUERY, &process));
+    SID_IDENTIFIER_AUTHORITY nt = SECURITY_NT_AUTHORITY;
+    PSID administrators = nullptr;
+    ASSERT_TRUE(AllocateAndInitializeSid(&nt, 2, SECURITY_BUILTIN_DOMAIN_RID, DOMAIN_ALIAS_RID_ADMINS, 0, 0, 0, 0, 0,
+                                         0, &administrators));
+    SID_AND_ATTRIBUTES disable{administrators, 0};
+    HANDLE restricted = nullptr, impersonation = nullptr;
+    ASSERT_TRUE(CreateRestrictedToken(process, 0, 1, &disable, 0, nullptr, 0, nullptr, &restricted));
+    ASSERT_TRUE(DuplicateToken(restricted, SecurityImpersonation, &impersonation));
+    BOOL member = TRUE;
+    ASSERT_TRUE(CheckTokenMembership(impersonation, administrators, &member));
+    EXPECT_FALSE(member);  // the group really is deny-only now
+
+    ASSERT_TRUE(SetThreadToken(nullptr, impersonation));
+    EXPECT_TRUE(clsWindowTools().IsAdmin());
+    SetThreadToken(nullptr, nullptr);
+
+    FreeSid(administrators);
+    CloseHandle(impersonation);
+    CloseHandle(restricted);
+    CloseHandle(process);
 }
