@@ -101,20 +101,27 @@ int main(int argc, char** argv) {
     // The same 8192-byte reads that GetFileCrc32 makes, and nothing else.
     std::array<uint8_t, corvan::cCRC32::kBlockSize> block;
     long sink = 0;
-    const double readOnly = Best(runs, [&] {
+    auto readPass = [&] {
         corvan::cBinaryFileStream stream;
         stream.File(path);
         while (stream.Read(block, corvan::cCRC32::kBlockSize) > 0) sink += block[0];
-    });
+    };
     Events events;
     int32_t fileCrc = 0;
-    const double fileCrcTime = Best(runs, [&] {
+    auto crcPass = [&] {
         corvan::cBinaryFileStream stream;
         stream.File(path);
         events.count = 0;
         corvan::cCRC32 crc(&events);
         fileCrc = crc.GetFileCrc32(stream);
-    });
+    };
+    // The two passes alternate so that both meet the same load of the
+    // machine; the ratio between them is the figure that matters.
+    double readOnly = 1e30, fileCrcTime = 1e30;
+    for (int i = 0; i < runs; ++i) {
+        readOnly = std::min(readOnly, Best(1, readPass));
+        fileCrcTime = std::min(fileCrcTime, Best(1, crcPass));
+    }
     const long peakAfterFile = PeakKiB();
 
     std::vector<uint8_t> data(bytes);
