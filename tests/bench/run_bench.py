@@ -14,21 +14,18 @@ bench script gets in its environment:
 import argparse
 import glob
 import os
-import shutil
 import subprocess
 import sys
+
+sys.path.insert(0, os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+from run_tests import make_prefix  # noqa: E402  the test runner's prefix, made the same way
 
 sys.stdout.reconfigure(line_buffering=True)
 
 
-def prepare_prefix(prefix):
+def prepare_prefix(root, prefix):
     env = dict(os.environ, WINEPREFIX=prefix, WINEDEBUG="-all")
-    subprocess.run(["wineserver", "-k"], env=env, capture_output=True)
-    shutil.rmtree(prefix, ignore_errors=True)
-    os.makedirs(prefix)
-    subprocess.run(["wineboot", "-i"], env=env, capture_output=True, check=True)
-    subprocess.run(["wine", "reg", "add", "HKCU\\Software\\Wine\\Drivers", "/v", "Graphics", "/d", "null", "/f"],
-                   env=env, capture_output=True, check=True)
+    make_prefix(root, env)
     subprocess.run(["wineserver", "-w"], env=env, capture_output=True)
     return env
 
@@ -41,7 +38,7 @@ def main():
     root = os.path.abspath(args.root)
     data = os.path.join(root, "build", "bench-data")
     os.makedirs(data, exist_ok=True)
-    env = prepare_prefix(os.path.join(root, "build", "bench-wine"))
+    env = prepare_prefix(root, os.path.join(root, "build", "bench-wine"))
     env.update(CORVAN_ROOT=root,
                CORVAN_BENCH_NATIVE=os.path.join(root, "build", "bench-native"),
                CORVAN_BENCH_X64=os.path.join(root, "build", "bench-x64"),
