@@ -1,0 +1,57 @@
+// The shipped control registers and unregisters itself with regsvr32.
+#include <gtest/gtest.h>
+
+#include "probe_server.h"
+
+using namespace control_tests;
+
+namespace {
+
+const char kClsid[] = "CLSID\\{96764B85-C202-4377-A836-2C40554474D9}";
+
+bool KeyExists(const std::string& path) {
+    HKEY key;
+    if (RegOpenKeyExA(HKEY_CLASSES_ROOT, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
+    RegCloseKey(key);
+    return true;
+}
+
+std::string Value(const std::string& path, const char* name = nullptr) {
+    char data[512] = {};
+    DWORD size = sizeof data;
+    if (RegGetValueA(HKEY_CLASSES_ROOT, path.c_str(), name, RRF_RT_REG_SZ, nullptr, data, &size) != ERROR_SUCCESS)
+        return "(missing)";
+    return data;
+}
+
+TEST(Registration, Regsvr32WritesAndRemovesWhatBrowsersAndScriptHostsNeed) {
+    const std::string ocx = winbench::OutDir() + "\\CorvanInstaller.ocx";
+    ASSERT_TRUE(winbench::FileExists(ocx)) << ocx;
+    ASSERT_TRUE(Regsvr32(ocx));
+
+    const std::string clsid = kClsid;
+    std::string server = Value(clsid + "\\InprocServer32");
+    EXPECT_TRUE(_stricmp(server.c_str(), ocx.c_str()) == 0 || server.find("CorvanInstaller.ocx") != std::string::npos)
+        << server;
+    EXPECT_EQ(Value(clsid + "\\InprocServer32", "ThreadingModel"), "Apartment");
+    EXPECT_EQ(Value(clsid + "\\ProgID"), "CorvanInstaller.ManageClient.1");
+    EXPECT_EQ(Value(clsid + "\\VersionIndependentProgID"), "CorvanInstaller.ManageClient");
+    EXPECT_EQ(Value(clsid + "\\TypeLib"), "{E11AB144-7A14-4294-9F2D-2574EFBE0FC2}");
+    EXPECT_TRUE(KeyExists(clsid + "\\Control"));
+    EXPECT_TRUE(KeyExists(clsid + "\\Implemented Categories\\{7DD95801-9882-11CF-9FA9-00AA006C42C4}"));
+    EXPECT_TRUE(KeyExists(clsid + "\\Implemented Categories\\{7DD95802-9882-11CF-9FA9-00AA006C42C4}"));
+    EXPECT_EQ(Value("CorvanInstaller.ManageClient\\CLSID"), "{96764B85-C202-4377-A836-2C40554474D9}");
+    EXPECT_EQ(Value("CorvanInstaller.ManageClient\\CurVer"), "CorvanInstaller.ManageClient.1");
+    EXPECT_EQ(Value("CorvanInstaller.ManageClient.1\\CLSID"), "{96764B85-C202-4377-A836-2C40554474D9}");
+    EXPECT_TRUE(KeyExists("TypeLib\\{E11AB144-7A14-4294-9F2D-2574EFBE0FC2}\\1.0\\0\\win64"));
+    // The typelib registration makes the dual interface known for marshalling.
+    EXPECT_TRUE(KeyExists("Interface\\{CF3D629D-1B7D-49FD-96DA-8F3B48662F46}"));
+
+    ASSERT_TRUE(Regsvr32(ocx, true));
+    EXPECT_FALSE(KeyExists(clsid));
+    EXPECT_FALSE(KeyExists("CorvanInstaller.ManageClient"));
+    EXPECT_FALSE(KeyExists("CorvanInstaller.ManageClient.1"));
+    EXPECT_FALSE(KeyExists("TypeLib\\{E11AB144-7A14-4294-9F2D-2574EFBE0FC2}"));
+}
+
+}  // namespace
