@@ -125,14 +125,3 @@ TEST(Crc32, FileProgressOnePerBlockRoundedHalvesToEven) {
         EXPECT_FALSE(stream.IsOpen()) << "the stream closes itself at the end";
     }
 }
-
-TEST(Crc32, StreamErrorsPassThrough) {
-    cCRC32 crc;
-    cBinaryFileStream stream;
-    try {
-        stream.File((std::filesystem::temp_directory_path() / "corvan-no-such-file.bin").string());
-        FAIL();
-    } catch (const Failure& f) {
-        EXPECT_EQ(f.Number(), 53);
-    }
-}
