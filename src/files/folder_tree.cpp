@@ -23,6 +23,9 @@ private:
     HANDLE h_;
 };
 
+bool AnyReadOnly(const std::string& folder, const char* source);
+bool AnyClash(const std::string& folder, const std::string& target, const char* source);
+
 }  // namespace
 
 void ForEachEntry(const std::string& folder, const std::function<void(const WIN32_FIND_DATAA&)>& visit,
@@ -50,33 +53,75 @@ uint64_t TotalSize(const std::string& folder, const char* source) {
     return total;
 }
 
+namespace {
+
+bool AnyReadOnly(const std::string& folder, const char* source) {
+    bool found = false;
+    ForEachEntry(folder, [&](const WIN32_FIND_DATAA& e) {
+        if (found) return;
+        found = (e.dwFileAttributes & FILE_ATTRIBUTE_READONLY) ||
+                ((e.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) && AnyReadOnly(Join(folder, e.cFileName), source));
+    }, source);
+    return found;
+}
+
+bool AnyClash(const std::string& folder, const std::string& target, const char* source) {
+    bool found = false;
+    ForEachEntry(folder, [&](const WIN32_FIND_DATAA& e) {
+        if (found) return;
+        const std::string to = Join(target, e.cFileName);
+        if (e.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+            found = AnyClash(Join(folder, e.cFileName), to, source);
+        else
+            found = GetFileAttributesA(to.c_str()) != INVALID_FILE_ATTRIBUTES;
+    }, source);
+    return found;
+}
+
+void DeleteAll(const std::string& folder, bool force, const char* source);
+void CopyAll(const std::string& folder, const std::string& target, bool overwrite, const char* source);
+
+}  // namespace
+
+// Refusals are found before anything is touched, so a delete or a copy that
+// is refused leaves everything as it was.
 void DeleteTree(const std::string& folder, bool force, const char* source) {
     const DWORD attributes = GetFileAttributesA(folder.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_DIRECTORY))
         throw FileFailure(ERROR_PATH_NOT_FOUND, source);
-    if (attributes & FILE_ATTRIBUTE_READONLY) {
-        if (!force) throw FileFailure(ERROR_ACCESS_DENIED, source);
-        SetFileAttributesA(folder.c_str(), attributes & ~FILE_ATTRIBUTE_READONLY);
-    }
-    ForEachEntry(folder, [&](const WIN32_FIND_DATAA& e) {
-        const std::string child = Join(folder, e.cFileName);
-        if (e.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
-            DeleteTree(child, force, source);
-            return;
-        }
-        if (e.dwFileAttributes & FILE_ATTRIBUTE_READONLY) {
-            if (!force) throw FileFailure(ERROR_ACCESS_DENIED, source);
-            SetFileAttributesA(child.c_str(), FILE_ATTRIBUTE_NORMAL);
-        }
-        if (!DeleteFileA(child.c_str())) throw FileFailure(GetLastError(), source);
-    }, source);
-    if (!RemoveDirectoryA(folder.c_str())) throw FileFailure(GetLastError(), source);
+    if (!force && ((attributes & FILE_ATTRIBUTE_READONLY) || AnyReadOnly(folder, source)))
+        throw FileFailure(ERROR_ACCESS_DENIED, source);
+    DeleteAll(folder, force, source);
 }
 
 void CopyTree(const std::string& folder, const std::string& target, bool overwrite, const char* source) {
     const DWORD attributes = GetFileAttributesA(folder.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_DIRECTORY))
         throw FileFailure(ERROR_PATH_NOT_FOUND, source);
+    if (!overwrite && AnyClash(folder, target, source)) throw FileFailure(ERROR_FILE_EXISTS, source);
+    CopyAll(folder, target, overwrite, source);
+}
+
+namespace {
+
+// Only reached with force or when nothing is read-only.
+void DeleteAll(const std::string& folder, bool force, const char* source) {
+    const DWORD attributes = GetFileAttributesA(folder.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
+        SetFileAttributesA(folder.c_str(), attributes & ~FILE_ATTRIBUTE_READONLY);
+    ForEachEntry(folder, [&](const WIN32_FIND_DATAA& e) {
+        const std::string child = Join(folder, e.cFileName);
+        if (e.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
+            DeleteAll(child, force, source);
+            return;
+        }
+        if (e.dwFileAttributes & FILE_ATTRIBUTE_READONLY) SetFileAttributesA(child.c_str(), FILE_ATTRIBUTE_NORMAL);
+        if (!DeleteFileA(child.c_str())) throw FileFailure(GetLastError(), source);
+    }, source);
+    if (!RemoveDirectoryA(folder.c_str())) throw FileFailure(GetLastError(), source);
+}
+
+void CopyAll(const std::string& folder, const std::string& target, bool overwrite, const char* source) {
     if (!CreateDirectoryA(target.c_str(), nullptr)) {
         const DWORD code = GetLastError();
         const DWORD there = GetFileAttributesA(target.c_str());
@@ -86,11 +131,12 @@ void CopyTree(const std::string& folder, const std::string& target, bool overwri
     ForEachEntry(folder, [&](const WIN32_FIND_DATAA& e) {
         const std::string from = Join(folder, e.cFileName), to = Join(target, e.cFileName);
         if (e.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
-            CopyTree(from, to, overwrite, source);
+            CopyAll(from, to, overwrite, source);
         } else if (!CopyFileA(from.c_str(), to.c_str(), overwrite ? FALSE : TRUE)) {
             throw FileFailure(GetLastError(), source);
         }
     }, source);
 }
 
+}  // namespace
 }  // namespace corvan::folder_tree

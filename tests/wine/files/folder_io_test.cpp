@@ -137,7 +137,10 @@ TEST(FolderIO, CopyAndDeleteReportErrorNumbers) {
     EXPECT_EQ(folder.Copy(scratch.Path() + "copy", false, false), 0);
     EXPECT_EQ(winbench::ReadFileBytes(scratch.Path() + "copy\\sub\\c.txt"), "ccccc");
     EXPECT_TRUE(FolderExists(scratch.Path() + "copy\\empty"));
-    EXPECT_EQ(folder.Copy(scratch.Path() + "copy", false, false), 58);
+    WriteFileBytes(tree + "\\a.txt", "new");
+    DeleteFileA((scratch.Path() + "copy\\a.txt").c_str());
+    EXPECT_EQ(folder.Copy(scratch.Path() + "copy", false, false), 58) << "sub\\c.txt is there";
+    EXPECT_FALSE(FileExists(scratch.Path() + "copy\\a.txt")) << "a refused copy copies nothing";
     WriteFileBytes(tree + "\\a.txt", "changed");
     EXPECT_EQ(folder.Copy(scratch.Path() + "copy", true, false), 0);
     EXPECT_EQ(winbench::ReadFileBytes(scratch.Path() + "copy\\a.txt"), "changed");
@@ -150,6 +153,7 @@ TEST(FolderIO, CopyAndDeleteReportErrorNumbers) {
     SetFileAttributesA((tree + "\\sub\\c.txt").c_str(), FILE_ATTRIBUTE_READONLY);
     EXPECT_EQ(folder.Delete(false, false), 70);
     EXPECT_TRUE(FileExists(tree + "\\sub\\c.txt"));
+    EXPECT_TRUE(FileExists(tree + "\\a.txt")) << "a refused delete deletes nothing";
     desktop.Answer(corvan::msgbox::vbYes);
     EXPECT_EQ(folder.Delete(true, true), 0);
     EXPECT_FALSE(FolderExists(tree));
