@@ -52,9 +52,13 @@ public:
     // scripts see; 0 before.
     int32_t InternetHandle() const;
     bool StillExecuting() const { return stillExecuting_; }
+    // Open fields of the session: a host may reset them between transfers.
     double dwCurrentFileSize() const { return currentFileSize_; }
+    void dwCurrentFileSize(double value) { currentFileSize_ = value; }
     double pub_BytesSent() const { return counters_.pub_BytesSent; }
+    void pub_BytesSent(double value) { counters_.pub_BytesSent = value; }
     double pub_BytesRecieved() const { return counters_.pub_BytesRecieved; }
+    void pub_BytesRecieved(double value) { counters_.pub_BytesRecieved = value; }
 
     // Downloads URL into the file Destination. False, with the file as it
     // was, when the URL cannot be opened, the server answers with an HTTP
