@@ -71,12 +71,16 @@ std::optional<bool> ManageClient::Run(int16_t mode) {
     try {
         RunSession(mode, result);
     } catch (const Failure& failure) {
+        // What the session holds goes back; the footer, the log close, the
+        // pointer and the final status are not reached.
         monitor_.Enabled(false);
+        busy_ = false;
         desktop_.MsgBox(std::to_string(failure.Number()) + ": " + failure.Description() + "\r\n" +
                             "Source: " + failure.Source() + " - Run",
                         msgbox::vbOKOnly, CORVAN_BASE_NAME);
     } catch (const std::exception& problem) {
         monitor_.Enabled(false);
+        busy_ = false;
         desktop_.MsgBox(std::to_string(error::kInvalidProcedureCall) + ": " + problem.what() + "\r\n" +
                             "Source: " CORVAN_BASE_NAME " - Run",
                         msgbox::vbOKOnly, CORVAN_BASE_NAME);

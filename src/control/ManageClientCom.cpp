@@ -129,7 +129,10 @@ STDMETHODIMP ManageClientCom::SetInterfaceSafetyOptions(REFIID riid, DWORD mask,
 STDMETHODIMP ManageClientCom::EnumConnectionPoints(IEnumConnectionPoints** points) {
     if (!points) return E_POINTER;
     *points = nullptr;
-    return E_NOTIMPL;
+    return Guarded([&] {
+        *points = new ConnectionPointEnumerator({&events_});
+        return S_OK;
+    });
 }
 
 STDMETHODIMP ManageClientCom::FindConnectionPoint(REFIID riid, IConnectionPoint** point) {

@@ -91,4 +91,47 @@ STDMETHODIMP ConnectionPoint::EnumConnections(IEnumConnections** connections) {
     return E_NOTIMPL;
 }
 
+ConnectionPointEnumerator::ConnectionPointEnumerator(std::vector<IConnectionPoint*> points, size_t position)
+    : points_(std::move(points)), position_(position) {
+    for (IConnectionPoint* point : points_) point->AddRef();
+}
+
+ConnectionPointEnumerator::~ConnectionPointEnumerator() {
+    for (IConnectionPoint* point : points_) point->Release();
+}
+
+void* ConnectionPointEnumerator::FindInterface(REFIID riid) {
+    if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IEnumConnectionPoints))
+        return static_cast<IEnumConnectionPoints*>(this);
+    return nullptr;
+}
+
+STDMETHODIMP ConnectionPointEnumerator::Next(ULONG count, IConnectionPoint** points, ULONG* fetched) {
+    if (!points || (count > 1 && !fetched)) return E_POINTER;
+    ULONG given = 0;
+    while (given < count && position_ < points_.size()) {
+        points[given] = points_[position_++];
+        points[given++]->AddRef();
+    }
+    if (fetched) *fetched = given;
+    return given == count ? S_OK : S_FALSE;
+}
+
+STDMETHODIMP ConnectionPointEnumerator::Skip(ULONG count) {
+    size_t left = points_.size() - position_;
+    position_ += count < left ? count : left;
+    return count <= left ? S_OK : S_FALSE;
+}
+
+STDMETHODIMP ConnectionPointEnumerator::Reset() {
+    position_ = 0;
+    return S_OK;
+}
+
+STDMETHODIMP ConnectionPointEnumerator::Clone(IEnumConnectionPoints** copy) {
+    if (!copy) return E_POINTER;
+    *copy = new ConnectionPointEnumerator(points_, position_);
+    return S_OK;
+}
+
 }  // namespace corvan::com

@@ -1,8 +1,11 @@
 #pragma once
 #include <map>
+#include <vector>
 
 #include <windows.h>
 #include <ocidl.h>
+
+#include "control/com_object.h"
 
 namespace corvan::com {
 
@@ -36,6 +39,25 @@ private:
     IID eventIid_;
     std::map<DWORD, IDispatch*> sinks_;
     DWORD nextCookie_ = 1;
+};
+
+// Enumerates the connection points of a container; holds a reference to
+// each for its own life.
+class ConnectionPointEnumerator : public ComObject<ConnectionPointEnumerator, IEnumConnectionPoints> {
+public:
+    explicit ConnectionPointEnumerator(std::vector<IConnectionPoint*> points, size_t position = 0);
+    ~ConnectionPointEnumerator() override;
+
+    void* FindInterface(REFIID riid);
+
+    STDMETHODIMP Next(ULONG count, IConnectionPoint** points, ULONG* fetched) override;
+    STDMETHODIMP Skip(ULONG count) override;
+    STDMETHODIMP Reset() override;
+    STDMETHODIMP Clone(IEnumConnectionPoints** copy) override;
+
+private:
+    std::vector<IConnectionPoint*> points_;
+    size_t position_;
 };
 
 }  // namespace corvan::com

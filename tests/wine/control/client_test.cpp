@@ -207,6 +207,32 @@ TEST_F(Page, AnySinkCountAndUnadviseStopsEvents) {
     EXPECT_EQ(second.heard.size(), 1u);
     ComPtr<IConnectionPoint> other;
     EXPECT_EQ(container->FindConnectionPoint(IID_IPropertyNotifySink, other.Put()), CONNECT_E_NOCONNECTION);
+
+    ComPtr<IEnumConnectionPoints> points;
+    ASSERT_EQ(container->EnumConnectionPoints(points.Put()), S_OK);
+    IConnectionPoint* listed[2] = {};
+    ULONG fetched = 0;
+    EXPECT_EQ(points->Next(2, listed, &fetched), S_FALSE);
+    ASSERT_EQ(fetched, 1u);
+    IID iid;
+    listed[0]->GetConnectionInterface(&iid);
+    EXPECT_TRUE(IsEqualIID(iid, DIID___ManageClient));
+    listed[0]->Release();
+}
+
+TEST_F(Page, TheServerCanUnloadOnceThePageLetsGo) {
+    auto canUnload = reinterpret_cast<HRESULT(STDAPICALLTYPE*)()>(
+        GetProcAddress(GetModuleHandleA("CorvanControlProbe.ocx"), "DllCanUnloadNow"));
+    ASSERT_TRUE(canUnload);
+    Listen();
+    Run(Long(1));
+    EXPECT_EQ(canUnload(), S_FALSE);
+    point->Unadvise(cookie);
+    cookie = 0;
+    point = nullptr;
+    control = nullptr;
+    EXPECT_EQ(canUnload(), S_OK);
+    EXPECT_EQ(sink.references, 1u);
 }
 
 }  // namespace

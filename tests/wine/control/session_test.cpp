@@ -157,6 +157,7 @@ TEST_F(Session, AFailedSessionShowsItsErrorAndStopsBeforeTheFooter) {
     EXPECT_EQ(desktop.pointers, std::vector<int>{11});
     EXPECT_TRUE(page.heard.empty());
     EXPECT_FALSE(control.Monitor().Enabled());
+    EXPECT_FALSE(control.Busy());
     DeleteFileA("C:\\TALO");
 }
 
