@@ -127,21 +127,11 @@ STDMETHODIMP ManageClientCom::SetInterfaceSafetyOptions(REFIID riid, DWORD mask,
 }
 
 STDMETHODIMP ManageClientCom::EnumConnectionPoints(IEnumConnectionPoints** points) {
-    if (!points) return E_POINTER;
-    *points = nullptr;
-    return Guarded([&] {
-        *points = new ConnectionPointEnumerator({&events_});
-        return S_OK;
-    });
+    return Guarded([&] { return events_.EnumerateAsOnlyPoint(points); });
 }
 
 STDMETHODIMP ManageClientCom::FindConnectionPoint(REFIID riid, IConnectionPoint** point) {
-    if (!point) return E_POINTER;
-    *point = nullptr;
-    if (!IsEqualIID(riid, DIID___ManageClient)) return CONNECT_E_NOCONNECTION;
-    *point = &events_;
-    events_.AddRef();
-    return S_OK;
+    return events_.FindAsOnlyPoint(riid, point);
 }
 
 STDMETHODIMP ManageClientCom::Close(DWORD saveOption) {
@@ -169,11 +159,6 @@ void ManageClientCom::InstallStatus(const std::string& message) {
     events_.Fire(2, text.Get());
 }
 
-HRESULT CreateManageClient(REFIID riid, void** out) {
-    auto* object = new ManageClientCom();
-    HRESULT hr = object->QueryInterface(riid, out);
-    object->Release();
-    return hr;
-}
+HRESULT CreateManageClient(REFIID riid, void** out) { return CreateComInstance<ManageClientCom>(riid, out); }
 
 }  // namespace corvan::com

@@ -1,5 +1,7 @@
 #include "control/class_factory.h"
 
+#include <new>
+
 namespace corvan::com {
 
 void* ClassFactory::FindInterface(REFIID riid) {
@@ -13,8 +15,10 @@ STDMETHODIMP ClassFactory::CreateInstance(IUnknown* outer, REFIID riid, void** o
     if (outer) return CLASS_E_NOAGGREGATION;
     try {
         return create_(riid, out);
-    } catch (...) {
+    } catch (const std::bad_alloc&) {
         return E_OUTOFMEMORY;
+    } catch (...) {
+        return E_UNEXPECTED;
     }
 }
 

@@ -11,6 +11,9 @@
 //      bstr_text.h at the edge). XCom.cpp defines, in namespace
 //      corvan::com,
 //          HRESULT CreateX(REFIID riid, void** out);
+//      (CreateComInstance<XCom> in com_object.h is its usual body; an
+//      object with one event interface answers IConnectionPointContainer
+//      with ConnectionPoint::FindAsOnlyPoint and EnumerateAsOnlyPoint.)
 //      Every *Com.cpp file of this folder is built into the server; the
 //      server links every subsystem library that exists.
 //   3. Add one line to CORVAN_PUBLIC_CLASSES below:

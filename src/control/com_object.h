@@ -1,5 +1,6 @@
 #pragma once
 #include <atomic>
+#include <new>
 
 #include <windows.h>
 #include <unknwn.h>
@@ -40,5 +41,18 @@ protected:
 private:
     std::atomic<ULONG> references_{1};
 };
+
+// A new T, handed out as `riid`: the body of a public class's creation
+// function.
+template <typename T>
+HRESULT CreateComInstance(REFIID riid, void** out) {
+    if (!out) return E_POINTER;
+    *out = nullptr;
+    T* object = new (std::nothrow) T();
+    if (!object) return E_OUTOFMEMORY;
+    HRESULT hr = object->QueryInterface(riid, out);
+    object->Release();
+    return hr;
+}
 
 }  // namespace corvan::com

@@ -37,6 +37,21 @@ void ConnectionPoint::Fire(DISPID dispid, BSTR text) {
     }
 }
 
+HRESULT ConnectionPoint::FindAsOnlyPoint(REFIID riid, IConnectionPoint** point) {
+    if (!point) return E_POINTER;
+    *point = nullptr;
+    if (!IsEqualIID(riid, eventIid_)) return CONNECT_E_NOCONNECTION;
+    *point = this;
+    AddRef();
+    return S_OK;
+}
+
+HRESULT ConnectionPoint::EnumerateAsOnlyPoint(IEnumConnectionPoints** points) {
+    if (!points) return E_POINTER;
+    *points = new (std::nothrow) ConnectionPointEnumerator({this});
+    return *points ? S_OK : E_OUTOFMEMORY;
+}
+
 STDMETHODIMP ConnectionPoint::QueryInterface(REFIID riid, void** out) {
     if (!out) return E_POINTER;
     if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IConnectionPoint)) {

@@ -24,6 +24,11 @@ public:
     // Drops every sink; the container does this when it is closed.
     void UnadviseAll();
 
+    // The IConnectionPointContainer answers of an object whose only event
+    // interface this point serves.
+    HRESULT FindAsOnlyPoint(REFIID riid, IConnectionPoint** point);
+    HRESULT EnumerateAsOnlyPoint(IEnumConnectionPoints** points);
+
     STDMETHODIMP QueryInterface(REFIID riid, void** out) override;
     STDMETHODIMP_(ULONG) AddRef() override;
     STDMETHODIMP_(ULONG) Release() override;
