@@ -18,10 +18,9 @@ bool Regsvr32(const std::string& path, bool unregister) {
 
 std::string ProbeServer::Path() { return TestProgramFolder() + "CorvanControlProbe.ocx"; }
 
-bool ProbeServer::Register() {
-    static bool registered = Regsvr32(Path());
-    return registered;
-}
+// Registered anew for every test: the shipped control shares the CLSID, and
+// a test that unregisters it must not leave later tests without a server.
+bool ProbeServer::Register() { return Regsvr32(Path()); }
 
 ComPtr<IDispatch> ProbeServer::CreateByProgId(const char* progId) {
     ComPtr<IDispatch> object;

@@ -18,8 +18,8 @@ std::string TestProgramFolder();
 // Registers a server with the system's regsvr32; true when it succeeded.
 bool Regsvr32(const std::string& path, bool unregister = false);
 
-// The probe server (the control with the recording engine), registered once
-// per process and created by ProgID as a page would.
+// The probe server (the control with the recording engine), registered in
+// the test prefix and created by ProgID as a page would.
 class ProbeServer {
 public:
     static std::string Path();
