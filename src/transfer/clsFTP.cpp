@@ -1,6 +1,7 @@
 #include "transfer/clsFTP.h"
 
 #include "common/conversions.h"
+#include "transfer/block_reader.h"
 #include "transfer/part_file.h"
 
 namespace corvan {
@@ -11,19 +12,6 @@ namespace {
 // written whole, NUL-padded, whatever the server sent.
 constexpr DWORD kBlock = 1024;
 constexpr DWORD kDontCache = 0x04000000;
-
-// Fills `block` until it is full or the body has ended; a short block
-// therefore means the end. False when WinINet reports a broken transfer.
-bool ReadBlock(HINTERNET request, char* block, DWORD& delivered) {
-    delivered = 0;
-    while (delivered < kBlock) {
-        DWORD got = 0;
-        if (!InternetReadFile(request, block + delivered, kBlock - delivered, &got)) return false;
-        if (got == 0) break;
-        delivered += got;
-    }
-    return true;
-}
 
 double AnnouncedLength(HINTERNET request) {
     char answer[kBlock] = {};
@@ -40,11 +28,11 @@ double AnnouncedLength(HINTERNET request) {
 // to `take`. False when the body broke off: a read failed, or fewer bytes
 // came than the server announced.
 template <typename Take>
-bool ReadRest(HINTERNET request, char* block, DWORD firstDelivered, double announced, Take&& take) {
+bool ReadRest(BlockReader& reader, char* block, DWORD firstDelivered, double announced, Take&& take) {
     double received = firstDelivered;
     DWORD last = firstDelivered;
     while (last > 0) {
-        if (!ReadBlock(request, block, last)) return false;
+        if (!reader.Next(block, last)) return false;
         received += last;
         if (!take(last)) return false;
     }
@@ -115,13 +103,14 @@ bool clsFTP::DownloadFile(const std::string& URL, const std::string& Destination
 
     char block[kBlock] = {};
     DWORD delivered = 0;
-    if (!ReadBlock(request.get(), block, delivered)) return false;
+    BlockReader reader(request.get(), kBlock);
+    if (!reader.Next(block, delivered)) return false;
     double total = kBlock;
     ReportBlock(total);
 
     PartFile file;
     if (!file.Open(Destination) || !file.Write(block, kBlock)) return false;
-    bool whole = ReadRest(request.get(), block, delivered, currentFileSize_, [&](DWORD count) {
+    bool whole = ReadRest(reader, block, delivered, currentFileSize_, [&](DWORD count) {
         if (!file.Write(block, count)) return false;
         total += count;
         ReportBlock(total);
@@ -142,11 +131,12 @@ std::string clsFTP::OpenURL(const std::string& URL) {
         currentFileSize_ = AnnouncedLength(request.get());
         char block[kBlock] = {};
         DWORD delivered = 0;
-        if (ReadBlock(request.get(), block, delivered)) {
+        BlockReader reader(request.get(), kBlock);
+        if (reader.Next(block, delivered)) {
             total = kBlock;
             ReportBlock(total);
             text.assign(block, kBlock);
-            bool whole = ReadRest(request.get(), block, delivered, currentFileSize_, [&](DWORD count) {
+            bool whole = ReadRest(reader, block, delivered, currentFileSize_, [&](DWORD count) {
                 text.append(block, count);
                 total += count;
                 ReportBlock(total);
