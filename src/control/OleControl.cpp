@@ -7,8 +7,6 @@ namespace corvan::com {
 namespace {
 
 constexpr char kWindowClass[] = "CorvanInstallerManageClient";
-constexpr DWORD kMiscStatus = OLEMISC_RECOMPOSEONRESIZE | OLEMISC_CANTLINKINSIDE | OLEMISC_INSIDEOUT |
-                              OLEMISC_ACTIVATEWHENVISIBLE | OLEMISC_SETCLIENTSITEFIRST;
 
 // 8000 x 1905 twips, the panel's least width and its fixed height, in
 // HIMETRIC units.
@@ -193,7 +191,7 @@ STDMETHODIMP OleControl::EnumAdvise(IEnumSTATDATA** advise) {
 
 STDMETHODIMP OleControl::GetMiscStatus(DWORD, DWORD* status) {
     if (!status) return E_POINTER;
-    *status = kMiscStatus;
+    *status = kControlMiscStatus;
     return S_OK;
 }
 

@@ -5,6 +5,11 @@
 
 namespace corvan::com {
 
+// The control wants its site before it is loaded and is activated in place
+// as soon as it is visible; registration writes the same value.
+inline constexpr DWORD kControlMiscStatus = OLEMISC_RECOMPOSEONRESIZE | OLEMISC_CANTLINKINSIDE | OLEMISC_INSIDEOUT |
+                                            OLEMISC_ACTIVATEWHENVISIBLE | OLEMISC_SETCLIENTSITEFIRST;
+
 // The OLE control interfaces a browser uses to create, initialise and
 // activate a windowed control in place. A script host never activates it:
 // the control then has no window, drawing does nothing and its window

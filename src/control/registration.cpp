@@ -5,6 +5,7 @@
 #include "control/com_class_table.h"
 #include "control/com_ptr.h"
 #include "control/CorvanInstaller_h.h"
+#include "control/OleControl.h"
 #include "control/type_library.h"
 
 namespace corvan::com {
@@ -14,11 +15,6 @@ namespace {
 // {7DD95801-9882-11CF-9FA9-00AA006C42C4} and {7DD95802-...}
 const CATID kSafeForScripting = {0x7dd95801, 0x9882, 0x11cf, {0x9f, 0xa9, 0x00, 0xaa, 0x00, 0x6c, 0x42, 0xc4}};
 const CATID kSafeForInitializing = {0x7dd95802, 0x9882, 0x11cf, {0x9f, 0xa9, 0x00, 0xaa, 0x00, 0x6c, 0x42, 0xc4}};
-
-// OLEMISC_RECOMPOSEONRESIZE | CANTLINKINSIDE | INSIDEOUT | ACTIVATEWHENVISIBLE
-// | SETCLIENTSITEFIRST: the control wants its site before it is loaded and is
-// activated in place as soon as it is visible.
-constexpr DWORD kMiscStatus = 131473;
 
 std::string GuidText(REFGUID guid) {
     wchar_t wide[40] = {};
@@ -116,7 +112,7 @@ HRESULT RegisterClass(const PublicClass& entry, const std::string& modulePath, c
     if (entry.isControl) {
         writer.Write(clsidKey + "\\Control", "");
         writer.Write(clsidKey + "\\MiscStatus", "0");
-        writer.Write(clsidKey + "\\MiscStatus\\1", std::to_string(kMiscStatus));
+        writer.Write(clsidKey + "\\MiscStatus\\1", std::to_string(kControlMiscStatus));
     }
     writer.Write(entry.progId, entry.name);
     writer.Write(std::string(entry.progId) + "\\CLSID", clsid);

@@ -38,6 +38,9 @@ TEST(Registration, Regsvr32WritesAndRemovesWhatBrowsersAndScriptHostsNeed) {
     EXPECT_EQ(Value(clsid + "\\VersionIndependentProgID"), "CorvanInstaller.ManageClient");
     EXPECT_EQ(Value(clsid + "\\TypeLib"), "{E11AB144-7A14-4294-9F2D-2574EFBE0FC2}");
     EXPECT_TRUE(KeyExists(clsid + "\\Control"));
+    // Site first, inside-out, active when visible: what a browser reads
+    // before it creates the control.
+    EXPECT_EQ(Value(clsid + "\\MiscStatus\\1"), "131473");
     EXPECT_TRUE(KeyExists(clsid + "\\Implemented Categories\\{7DD95801-9882-11CF-9FA9-00AA006C42C4}"));
     EXPECT_TRUE(KeyExists(clsid + "\\Implemented Categories\\{7DD95802-9882-11CF-9FA9-00AA006C42C4}"));
     EXPECT_EQ(Value("CorvanInstaller.ManageClient\\CLSID"), "{96764B85-C202-4377-A836-2C40554474D9}");
