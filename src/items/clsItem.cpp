@@ -1,7 +1,8 @@
 #include "items/clsItem.h"
 
+#include <windows.h>
+
 #include "common/failure.h"
-#include "items/make_folder.h"
 
 namespace corvan {
 
@@ -16,14 +17,28 @@ void clsItem::StatusMessage(const std::string& text) {
     if (listener_) listener_->StatusMessageUpdate(text);
 }
 
+void clsItem::MakeFolder(const std::string& folder) {
+    std::string path = folder;
+    while (!path.empty() && path.back() == '\\') path.pop_back();
+    if (path.empty() || GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES) return;
+    const size_t slash = path.find_last_of('\\');
+    if (slash == std::string::npos) return;
+    std::string parent = path.substr(0, slash);
+    // A drive ("C:") or a share ("\\server") is never made, only opened.
+    const bool top = parent.size() == 2 && parent[1] == ':';
+    if (top) parent += '\\';
+    else if (parent.find_first_not_of('\\') != std::string::npos) MakeFolder(parent);
+    if (!folderIO_) folderIO_ = std::make_unique<clsFolderIO>(desktop_);
+    if (folderIO_->OpenFolder(parent)) folderIO_->CreateFolder(path.substr(slash + 1));
+}
+
 void clsItem::DownloadItemFile() {
     const std::string name = Productname().empty() ? FileName() : Productname();
     StatusMessage("Downloading " + name);
     desktop_.DoEvents();
 
     // An empty folder is the default one, which the download goes to.
-    const std::string folder = StoredInstallFolder().empty() ? std::string(kDefaultInstallFolder) : StoredInstallFolder();
-    MakeFolder(folder);
+    MakeFolder(StoredInstallFolder().empty() ? std::string(kDefaultInstallFolder) : StoredInstallFolder());
 
     const std::string destination = InstallFolder() + InstallFileName();
     if (!ftp_.DownloadFile(Source() + FileName(), destination)) {

@@ -1,7 +1,9 @@
 #pragma once
+#include <memory>
 #include <string>
 
 #include "common/desktop.h"
+#include "files/clsFolderIO.h"
 #include "items/ItemRecord.h"
 #include "transfer/clsFTP.h"
 
@@ -36,10 +38,14 @@ private:
     void FileProgress(float Percent, const std::string& status) override;
     void StatusChange(std::string&, int32_t) override {}
     void StatusMessage(const std::string& text);
+    // Makes `folder` and every missing folder above it; a folder that cannot
+    // be made raises the file system's error.
+    void MakeFolder(const std::string& folder);
 
     Desktop& desktop_;
     clsItemEvents* listener_;
     clsFTP ftp_;
+    std::unique_ptr<clsFolderIO> folderIO_;  // made on first use
 };
 
 inline constexpr int32_t kDownloadFailed = static_cast<int32_t>(0x80040064);

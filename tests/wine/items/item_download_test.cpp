@@ -51,8 +51,9 @@ TEST_F(ItemDownload, MakesTheFolderAndRelaysProgress) {
                               "progress 1.000000 2048 bytes of 2048 bytes read ",
                               "progress 1.000000 2048 bytes of 2048 bytes read ",
                           }));
-    // The status message is let through to the page before the download.
-    EXPECT_EQ(desktop.pumps, 3);
+    // Once for the status message, once for each folder made, once for each
+    // block after the first.
+    EXPECT_EQ(desktop.pumps, 5);
 }
 
 TEST_F(ItemDownload, WithoutProductNameShowsTheFileAndKeepsItsName) {
@@ -77,4 +78,17 @@ TEST_F(ItemDownload, MissingFileRaisesTheDownloadError) {
                   "Could not locate '404' on remote host.\r\nPlease contact the help desk for farther assistance.");
     }
     EXPECT_FALSE(winbench::FileExists(folder.Path() + "404"));
+}
+
+TEST_F(ItemDownload, FolderThatCannotBeMadeRaisesTheFileSystemError) {
+    winbench::WriteFileBytes(folder.Path() + "plain.txt", "x");
+    item.FileName("300");
+    item.InstallFolder(folder.Path() + "plain.txt\\sub");
+    try {
+        item.DownloadItemFile();
+        FAIL() << "no error raised";
+    } catch (const corvan::Failure& failure) {
+        EXPECT_EQ(failure.Number(), 76);
+    }
+    EXPECT_FALSE(winbench::FileExists(folder.Path() + "plain.txt\\sub\\300"));
 }
