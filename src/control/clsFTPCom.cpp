@@ -225,28 +225,13 @@ STDMETHODIMP clsFTPCom::GetGUID(DWORD kind, GUID* guid) {
 }
 
 STDMETHODIMP clsFTPCom::EnumConnectionPoints(IEnumConnectionPoints** points) {
-    if (!points) return E_POINTER;
-    *points = nullptr;
-    return E_NOTIMPL;
+    return events_.EnumerateAsOnlyPoint(points);
 }
 
 STDMETHODIMP clsFTPCom::FindConnectionPoint(REFIID riid, IConnectionPoint** point) {
-    if (!point) return E_POINTER;
-    *point = nullptr;
-    if (!IsEqualIID(riid, DIID___clsFTP)) return CONNECT_E_NOCONNECTION;
-    *point = &events_;
-    events_.AddRef();
-    return S_OK;
+    return events_.FindAsOnlyPoint(riid, point);
 }
 
-HRESULT CreateclsFTP(REFIID riid, void** out) {
-    if (!out) return E_POINTER;
-    *out = nullptr;
-    clsFTPCom* object = new (std::nothrow) clsFTPCom;
-    if (!object) return E_OUTOFMEMORY;
-    const HRESULT hr = object->QueryInterface(riid, out);
-    object->Release();
-    return hr;
-}
+HRESULT CreateclsFTP(REFIID riid, void** out) { return CreateComInstance<clsFTPCom>(riid, out); }
 
 }  // namespace corvan::com

@@ -99,6 +99,15 @@ TEST(FtpComClass, EventsReachAConnectedSink) {
         ASSERT_EQ(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, reinterpret_cast<void**>(&ftp)), S_OK);
         IConnectionPointContainer* container = nullptr;
         ASSERT_EQ(ftp->QueryInterface(IID_IConnectionPointContainer, reinterpret_cast<void**>(&container)), S_OK);
+        IEnumConnectionPoints* points = nullptr;
+        ASSERT_EQ(container->EnumConnectionPoints(&points), S_OK);
+        IConnectionPoint* listed = nullptr;
+        ASSERT_EQ(points->Next(1, &listed, nullptr), S_OK);
+        IID listedIid{};
+        EXPECT_EQ(listed->GetConnectionInterface(&listedIid), S_OK);
+        EXPECT_TRUE(IsEqualIID(listedIid, DIID___clsFTP));
+        listed->Release();
+        points->Release();
         IConnectionPoint* point = nullptr;
         ASSERT_EQ(container->FindConnectionPoint(DIID___clsFTP, &point), S_OK);
         Sink sink;
