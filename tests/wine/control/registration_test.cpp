@@ -1,6 +1,8 @@
 // The shipped control registers and unregisters itself with regsvr32.
 #include <gtest/gtest.h>
 
+#include <ocidl.h>
+
 #include "probe_server.h"
 
 using namespace control_tests;
@@ -55,6 +57,37 @@ TEST(Registration, Regsvr32WritesAndRemovesWhatBrowsersAndScriptHostsNeed) {
     EXPECT_FALSE(KeyExists("CorvanInstaller.ManageClient"));
     EXPECT_FALSE(KeyExists("CorvanInstaller.ManageClient.1"));
     EXPECT_FALSE(KeyExists("TypeLib\\{E11AB144-7A14-4294-9F2D-2574EFBE0FC2}"));
+}
+
+TEST(ShippedControl, SaysPlainlyThatItsInstallEngineIsNotBuiltIn) {
+    ASSERT_TRUE(SUCCEEDED(OleInitialize(nullptr)));
+    const std::string ocx = winbench::OutDir() + "\\CorvanInstaller.ocx";
+    ASSERT_TRUE(Regsvr32(ocx));
+    winbench::RemoveTree("C:\\TALO");
+    {
+        ComPtr<IDispatch> control = ProbeServer::CreateByProgId();
+        ASSERT_TRUE(control);
+        ComPtr<IConnectionPoint> point;
+        control.As<IConnectionPointContainer>(IID_IConnectionPointContainer)
+            ->FindConnectionPoint(DIID___ManageClient, point.Put());
+        EventSink sink;
+        DWORD cookie = 0;
+        ASSERT_EQ(point->Advise(&sink, &cookie), S_OK);
+        VARIANT mode, result;
+        V_VT(&mode) = VT_I4;
+        V_I4(&mode) = 1;
+        VariantInit(&result);
+        ASSERT_EQ(CallByName(control.Get(), L"Run", DISPATCH_METHOD, &mode, 1, &result), S_OK);
+        EXPECT_EQ(V_VT(&result), VT_BOOL);
+        EXPECT_EQ(V_BOOL(&result), VARIANT_FALSE);
+        ASSERT_EQ(sink.heard.size(), 2u);
+        EXPECT_EQ(sink.heard[0].rfind("1:The install engine is not part of this build", 0), 0u) << sink.heard[0];
+        EXPECT_EQ(sink.heard[1], "2:Complete");
+        point->Unadvise(cookie);
+    }
+    Regsvr32(ocx, true);
+    winbench::RemoveTree("C:\\TALO");
+    OleUninitialize();
 }
 
 }  // namespace
