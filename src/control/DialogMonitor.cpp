@@ -53,6 +53,8 @@ void DialogMonitor::Tick() {
     PostMessageA(button, BM_CLICK, 0, 0);
 }
 
+void DialogMonitor::UnregisterWindowClass() { UnregisterClassA(kWindowClass, ThisModule()); }
+
 LRESULT CALLBACK DialogMonitor::WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_TIMER && wParam == kTimerId) {
         auto* monitor = reinterpret_cast<DialogMonitor*>(GetWindowLongPtrA(window, GWLP_USERDATA));

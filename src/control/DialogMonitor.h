@@ -21,6 +21,9 @@ public:
     // One look for the prompt; the timer calls it.
     void Tick();
 
+    // The module forgets its window class when it is unloaded.
+    static void UnregisterWindowClass();
+
 private:
     static LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 

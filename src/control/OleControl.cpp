@@ -255,6 +255,8 @@ STDMETHODIMP OleControl::GetSizeMax(ULARGE_INTEGER* size) {
     return S_OK;
 }
 
+void OleControl::UnregisterWindowClass() { UnregisterClassA(kWindowClass, ThisModule()); }
+
 LRESULT CALLBACK OleControl::WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     auto* control = reinterpret_cast<OleControl*>(GetWindowLongPtrA(window, GWLP_USERDATA));
     if (message == WM_PAINT && control) {

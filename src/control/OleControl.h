@@ -24,6 +24,9 @@ class OleControl : public IOleObject,
 public:
     HWND Window() const { return window_; }
 
+    // The module forgets its window class when it is unloaded.
+    static void UnregisterWindowClass();
+
     // IOleObject
     STDMETHODIMP SetClientSite(IOleClientSite* site) override;
     STDMETHODIMP GetClientSite(IOleClientSite** site) override;

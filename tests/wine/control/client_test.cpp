@@ -87,6 +87,25 @@ TEST_F(Page, MembersAndEventsKeepTheirNamesAndDispatchIdentifiers) {
     EXPECT_EQ(DispidOf(control.Get(), L"ShowUpdates"), 0x60030024);
     EXPECT_EQ(DispidOf(control.Get(), L"usersgroups"), 0x68030012);
 
+    // Early-bound pages call through the vtable: the order is part of the
+    // interface.
+    ComPtr<ITypeInfo> dual;
+    ASSERT_EQ(control->GetTypeInfo(0, LOCALE_USER_DEFAULT, dual.Put()), S_OK);
+    std::vector<std::string> order;
+    for (UINT index = 0;; ++index) {
+        FUNCDESC* function = nullptr;
+        if (FAILED(dual->GetFuncDesc(index, &function))) break;
+        BSTR name = nullptr;
+        UINT count = 0;
+        dual->GetNames(function->memid, &name, 1, &count);
+        if (function->oVft >= 7 * static_cast<SHORT>(sizeof(void*)))
+            order.push_back(corvan::com::FromBstr(name) + "/" + std::to_string(function->invkind));
+        SysFreeString(name);
+        dual->ReleaseFuncDesc(function);
+    }
+    EXPECT_EQ(order, (std::vector<std::string>{"Status/2", "URL/4", "Run/1", "NeedToInstall/1", "hwnd/2",
+                                               "ShowUpdates/1", "UsersGroups/2", "UsersGroups/4"}));
+
     // Script hosts find the event interface through the class information.
     auto classInfo = control.As<IProvideClassInfo2>(IID_IProvideClassInfo2);
     ASSERT_TRUE(classInfo);
