@@ -50,7 +50,7 @@ clsFTP::clsFTP(Desktop* desktop, clsFTPEvents* listener)
 clsFTP::~clsFTP() = default;
 
 bool clsFTP::OpenFTP(const std::string& FTarget, const std::string& Login, const std::string& Password) {
-    connection_ = InternetConnectA(session_.get(), FTarget.c_str(), static_cast<INTERNET_PORT>(Port()), Login.c_str(),
+    connection_ = InternetConnectA(session_.Get(), FTarget.c_str(), static_cast<INTERNET_PORT>(Port()), Login.c_str(),
                                    Password.c_str(), static_cast<DWORD>(protocal_), 0, 0);
     return connection_ != nullptr;
 }
@@ -66,12 +66,12 @@ int32_t clsFTP::InternetHandle() const {
 
 unique_hinternet clsFTP::OpenRequest(const std::string& URL) {
     if (!session_) return {};
-    unique_hinternet request(InternetOpenUrlA(session_.get(), URL.c_str(), nullptr, 0, kDontCache, 0));
+    unique_hinternet request(InternetOpenUrlA(session_.Get(), URL.c_str(), nullptr, 0, kDontCache, 0));
     if (!request) return {};
     // WinINet hands over an error page like any other body; a file that the
     // server does not have must not become a file on the PC.
     DWORD status = 0, size = sizeof status;
-    if (HttpQueryInfoA(request.get(), HTTP_QUERY_STATUS_CODE | HTTP_QUERY_FLAG_NUMBER, &status, &size, nullptr) &&
+    if (HttpQueryInfoA(request.Get(), HTTP_QUERY_STATUS_CODE | HTTP_QUERY_FLAG_NUMBER, &status, &size, nullptr) &&
         status >= 400)
         return {};
     return request;
@@ -99,11 +99,11 @@ bool clsFTP::DownloadFile(const std::string& URL, const std::string& Destination
     currentFileSize_ = 0;
     unique_hinternet request = OpenRequest(URL);
     if (!request) return false;
-    currentFileSize_ = AnnouncedLength(request.get());
+    currentFileSize_ = AnnouncedLength(request.Get());
 
     char block[kBlock] = {};
     DWORD delivered = 0;
-    BlockReader reader(request.get(), kBlock);
+    BlockReader reader(request.Get(), kBlock);
     if (!reader.Next(block, delivered)) return false;
     double total = kBlock;
     ReportBlock(total);
@@ -128,10 +128,10 @@ std::string clsFTP::OpenURL(const std::string& URL) {
     currentFileSize_ = 0;
     unique_hinternet request = OpenRequest(URL);
     if (request) {
-        currentFileSize_ = AnnouncedLength(request.get());
+        currentFileSize_ = AnnouncedLength(request.Get());
         char block[kBlock] = {};
         DWORD delivered = 0;
-        BlockReader reader(request.get(), kBlock);
+        BlockReader reader(request.Get(), kBlock);
         if (reader.Next(block, delivered)) {
             total = kBlock;
             ReportBlock(total);
