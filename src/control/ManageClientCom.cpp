@@ -3,25 +3,10 @@
 #include <olectl.h>
 
 #include "control/bstr_text.h"
+#include "control/com_guard.h"
 #include "control/modIObjectSafety.h"
 
 namespace corvan::com {
-
-namespace {
-
-// A failure here must never reach the page as anything but an HRESULT.
-template <typename Body>
-HRESULT Guarded(Body body) {
-    try {
-        return body();
-    } catch (const std::bad_alloc&) {
-        return E_OUTOFMEMORY;
-    } catch (...) {
-        return E_UNEXPECTED;
-    }
-}
-
-}  // namespace
 
 ManageClientCom::ManageClientCom()
     : events_(*this, DIID___ManageClient) {

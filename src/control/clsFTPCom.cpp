@@ -6,22 +6,11 @@
 #include <olectl.h>
 
 #include "control/bstr_text.h"
+#include "control/com_guard.h"
 
 namespace corvan::com {
 
 namespace {
-
-// No exception may leave a COM method.
-template <typename Body>
-HRESULT Guarded(Body&& body) {
-    try {
-        return body();
-    } catch (const std::bad_alloc&) {
-        return E_OUTOFMEMORY;
-    } catch (...) {
-        return E_UNEXPECTED;
-    }
-}
 
 HRESULT PutText(BSTR* out, const std::string& text) {
     if (!out) return E_POINTER;
