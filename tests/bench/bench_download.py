@@ -5,10 +5,9 @@ per block, the file written beside its destination and moved into place),
 under Wine, against curl fetching the same URL into a file. Best of three
 runs each; the ratio is our time over curl's.
 
-The bench programs are built here from the optimised Windows build's
-libraries: the download program and the helper that trusts the test
-authority in the bench prefix. The test server is the tests' own
-(tests/fixtures/http)."""
+The download program and the helper that trusts the test authority in the
+bench prefix come from the optimised Windows build (target benches). The test
+server is the tests' own (tests/fixtures/http)."""
 import os
 import re
 import subprocess
@@ -21,22 +20,6 @@ RUNS = 3
 
 def sh(command, **kw):
     return subprocess.run(command, check=True, capture_output=True, text=True, **kw)
-
-
-def build(root, x64, data):
-    sh(["cmake", "--build", x64, "--target", "corvan_transfer"])
-    compiler = "x86_64-w64-mingw32-g++-posix"
-    common = ["-O2", "-std=c++20", "-DWIN32_LEAN_AND_MEAN", "-DNOMINMAX", "-static"]
-    bench = os.path.join(data, "download_bench.exe")
-    sh([compiler, *common, "-I", os.path.join(root, "src"), "-I", os.path.join(x64, "generated"),
-        os.path.join(root, "tests", "wine", "transfer", "download_bench.cpp"),
-        os.path.join(x64, "src", "transfer", "libcorvan_transfer.a"),
-        os.path.join(x64, "src", "logging", "libcorvan_logging.a"),
-        os.path.join(x64, "src", "common", "libcorvan_common.a"),
-        "-lwininet", "-luser32", "-o", bench])
-    trust = os.path.join(data, "corvan_trust_root.exe")
-    sh([compiler, *common, os.path.join(root, "tests", "wine", "transfer", "trust_root.cpp"), "-lcrypt32", "-o", trust])
-    return bench, trust
 
 
 def wine_path(path):
@@ -58,7 +41,8 @@ def best_curl(url, target, extra):
 def main():
     env = dict(os.environ)
     root, x64, data = env["CORVAN_ROOT"], env["CORVAN_BENCH_X64"], env["CORVAN_BENCH_DATA"]
-    bench, trust = build(root, x64, data)
+    bench = os.path.join(x64, "bench", "download_bench.exe")
+    trust = os.path.join(x64, "bench", "bench_trust_root.exe")
 
     fixture = os.path.join(root, "tests", "fixtures", "http")
     started = sh([os.path.join(fixture, "start")], env=env)
