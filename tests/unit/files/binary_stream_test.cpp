@@ -11,49 +11,26 @@
 using corvan::cBinaryFileStream;
 using corvan::Failure;
 
-namespace {
-
-std::vector<int32_t> ReadAll(cBinaryFileStream& stream, std::vector<uint8_t>* seen = nullptr) {
-    std::array<uint8_t, 8192> buffer;
-    std::vector<int32_t> counts;
-    for (int i = 0; i < 10; ++i) {
-        const int32_t n = stream.Read(buffer, 8192);
-        counts.push_back(n);
-        if (seen && n > 0) seen->insert(seen->end(), buffer.begin(), buffer.begin() + n);
-        if (n <= 0) break;
-    }
-    return counts;
-}
-
-}  // namespace
-
 TEST(BinaryFileStream, BlocksOfAFileThenZeroAndClosed) {
-    const auto bytes = RandomBytes(10000, 5);
-    TempFile file(bytes);
-    cBinaryFileStream stream;
-    stream.File(file.Path());
-    EXPECT_EQ(stream.File(), file.Path());
-    EXPECT_EQ(stream.Length(), 10000);
-    std::vector<uint8_t> seen;
-    EXPECT_EQ(ReadAll(stream, &seen), (std::vector<int32_t>{8192, 1808, 0}));
-    EXPECT_EQ(seen, bytes);
-    EXPECT_FALSE(stream.IsOpen());
-    stream.Dispose();  // again: harmless
-}
-
-TEST(BinaryFileStream, ExactBlockAndEmptyFile) {
-    TempFile exact(RandomBytes(8192, 1));
-    cBinaryFileStream stream;
-    stream.File(exact.Path());
-    EXPECT_EQ(ReadAll(stream), (std::vector<int32_t>{8192, 0}));
-
-    TempFile empty({});
-    cBinaryFileStream second;
-    second.File(empty.Path());
-    EXPECT_EQ(second.Length(), 0);
-    EXPECT_TRUE(second.IsOpen());
-    EXPECT_EQ(ReadAll(second), (std::vector<int32_t>{0}));
-    EXPECT_FALSE(second.IsOpen());
+    const std::pair<size_t, std::vector<int32_t>> cases[] = {{10000, {8192, 1808, 0}}, {8192, {8192, 0}}, {0, {0}}};
+    for (const auto& [size, reads] : cases) {
+        const auto bytes = RandomBytes(size, 5);
+        TempFile file(bytes);
+        cBinaryFileStream stream;
+        stream.File(file.Path());
+        EXPECT_EQ(stream.Length(), static_cast<int32_t>(size));
+        EXPECT_TRUE(stream.IsOpen()) << size;
+        std::array<uint8_t, 8192> buffer;
+        std::vector<int32_t> counts;
+        std::vector<uint8_t> seen;
+        for (int32_t n = 1; n > 0 && counts.size() < 10;) {
+            counts.push_back(n = stream.Read(buffer, 8192));
+            if (n > 0) seen.insert(seen.end(), buffer.begin(), buffer.begin() + n);
+        }
+        EXPECT_EQ(counts, reads) << size;
+        EXPECT_EQ(seen, bytes);
+        EXPECT_FALSE(stream.IsOpen()) << size;
+    }
 }
 
 TEST(BinaryFileStream, MissingFileRaises53AndKeepsLength) {
@@ -71,7 +48,6 @@ TEST(BinaryFileStream, MissingFileRaises53AndKeepsLength) {
     }
     EXPECT_FALSE(stream.IsOpen()) << "the first file was closed before the look-up";
     EXPECT_EQ(stream.Length(), 300);
-    EXPECT_EQ(stream.File(), missing);
 
     // A folder is not a file.
     EXPECT_THROW(stream.File(std::filesystem::temp_directory_path().string()), Failure);

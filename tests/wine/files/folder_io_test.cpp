@@ -1,32 +1,30 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <thread>
 
 #include "common/failure.h"
 #include "files/clsFolderIO.h"
+#include "files_test_support.h"
 #include "scripted_desktop.h"
 #include "wine_bench.h"
 
 using corvan::clsFolderIO;
-using corvan::Failure;
+using files_tests::Raised;
 using testing_support::ScriptedDesktop;
 using winbench::FileExists;
 using winbench::WriteFileBytes;
 
 namespace {
 
-bool FolderExists(const std::string& path) {
-    const DWORD a = GetFileAttributesA(path.c_str());
-    return a != INVALID_FILE_ATTRIBUTES && (a & FILE_ATTRIBUTE_DIRECTORY);
-}
+bool FolderExists(const std::string& path) { return std::filesystem::is_directory(path); }
 
 // scratch\tree\{a.txt (3 bytes), b.txt (4 bytes), sub\c.txt (5 bytes), empty\}
 std::string MakeTree(const std::string& scratch) {
     const std::string tree = scratch + "tree";
-    CreateDirectoryA(tree.c_str(), nullptr);
-    CreateDirectoryA((tree + "\\sub").c_str(), nullptr);
-    CreateDirectoryA((tree + "\\empty").c_str(), nullptr);
+    std::filesystem::create_directories(tree + "\\sub");
+    std::filesystem::create_directories(tree + "\\empty");
     WriteFileBytes(tree + "\\a.txt", "aaa");
     WriteFileBytes(tree + "\\b.txt", "bbbb");
     WriteFileBytes(tree + "\\sub\\c.txt", "ccccc");
@@ -41,7 +39,7 @@ TEST(FolderIO, OpensAndAnswersQuestions) {
     ScriptedDesktop desktop;
     clsFolderIO folder(desktop);
 
-    EXPECT_THROW(folder.FileCount(), Failure) << "nothing open yet";
+    EXPECT_THROW(folder.FileCount(), corvan::Failure) << "nothing open yet";
     EXPECT_FALSE(folder.OpenFolder(""));
     EXPECT_EQ(desktop.pumps, 0);
     ASSERT_TRUE(folder.OpenFolder(tree + "\\"));
@@ -60,22 +58,10 @@ TEST(FolderIO, OpensAndAnswersQuestions) {
     EXPECT_EQ(folder.HardDrive(), "C:");
     EXPECT_EQ(folder.ParentPath() + "\\", scratch.Path());
 
-    const std::string made = folder.CreateFolder("new");
-    EXPECT_EQ(made, tree + "\\new");
-    EXPECT_TRUE(FolderExists(made));
-    try {
-        folder.CreateFolder("new");
-        FAIL() << "no error";
-    } catch (const Failure& f) {
-        EXPECT_EQ(f.Number(), 58);
-    }
-
-    try {
-        folder.OpenFolder(tree + "\\missing");
-        FAIL() << "no error";
-    } catch (const Failure& f) {
-        EXPECT_EQ(f.Number(), 76);
-    }
+    EXPECT_EQ(folder.CreateFolder("new"), tree + "\\new");
+    EXPECT_TRUE(FolderExists(tree + "\\new"));
+    EXPECT_EQ(Raised([&] { folder.CreateFolder("new"); }).Number(), 58);
+    EXPECT_EQ(Raised([&] { folder.OpenFolder(tree + "\\missing"); }).Number(), 76);
     EXPECT_EQ(folder.path(), tree);
 
     ASSERT_TRUE(folder.OpenFolder("C:\\"));
@@ -90,19 +76,16 @@ TEST(FolderIO, ConfirmationBoxesAndNo) {
     ScriptedDesktop desktop;
     clsFolderIO folder(desktop);
     ASSERT_TRUE(folder.OpenFolder(tree));
-    desktop.Answer(corvan::msgbox::vbNo);
-    desktop.Answer(corvan::msgbox::vbNo);
-    desktop.Answer(corvan::msgbox::vbNo);
+    for (int i = 0; i < 3; ++i) desktop.Answer(corvan::msgbox::vbNo);
     EXPECT_EQ(folder.Delete(true, true), 0);
     EXPECT_EQ(folder.Move(scratch.Path() + "moved", true), 0);
     EXPECT_EQ(folder.Copy(scratch.Path() + "copied", true, true), 0);
     ASSERT_EQ(desktop.boxes.size(), 3u);
-    EXPECT_EQ(desktop.boxes[0].text, "Are you sure you want to delete the selected directory?");
-    EXPECT_EQ(desktop.boxes[1].text, "Are you sure you want to move the selected directory?");
-    EXPECT_EQ(desktop.boxes[2].text, "Are you sure you want to copy the selected directory?");
-    for (const auto& box : desktop.boxes) {
-        EXPECT_EQ(box.title, "Delete...");
-        EXPECT_EQ(box.style, 292);
+    const char* verbs[] = {"delete", "move", "copy"};
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(desktop.boxes[i].text, std::string("Are you sure you want to ") + verbs[i] + " the selected directory?");
+        EXPECT_EQ(desktop.boxes[i].title, "Delete...");
+        EXPECT_EQ(desktop.boxes[i].style, 292);
     }
     EXPECT_TRUE(FolderExists(tree));
     EXPECT_FALSE(FolderExists(scratch.Path() + "moved"));
@@ -130,20 +113,20 @@ TEST(FolderIO, MoveWithoutConfirmationIsATypeMismatch) {
 TEST(FolderIO, CopyAndDeleteReportErrorNumbers) {
     winbench::ScratchFolder scratch("folders-copy");
     const std::string tree = MakeTree(scratch.Path());
+    const std::string copy = scratch.Path() + "copy";
     ScriptedDesktop desktop;
     clsFolderIO folder(desktop);
     ASSERT_TRUE(folder.OpenFolder(tree));
 
-    EXPECT_EQ(folder.Copy(scratch.Path() + "copy", false, false), 0);
-    EXPECT_EQ(winbench::ReadFileBytes(scratch.Path() + "copy\\sub\\c.txt"), "ccccc");
-    EXPECT_TRUE(FolderExists(scratch.Path() + "copy\\empty"));
-    WriteFileBytes(tree + "\\a.txt", "new");
-    DeleteFileA((scratch.Path() + "copy\\a.txt").c_str());
-    EXPECT_EQ(folder.Copy(scratch.Path() + "copy", false, false), 58) << "sub\\c.txt is there";
-    EXPECT_FALSE(FileExists(scratch.Path() + "copy\\a.txt")) << "a refused copy copies nothing";
+    EXPECT_EQ(folder.Copy(copy, false, false), 0);
+    EXPECT_EQ(winbench::ReadFileBytes(copy + "\\sub\\c.txt"), "ccccc");
+    EXPECT_TRUE(FolderExists(copy + "\\empty"));
+    DeleteFileA((copy + "\\a.txt").c_str());
+    EXPECT_EQ(folder.Copy(copy, false, false), 58) << "sub\\c.txt is there";
+    EXPECT_FALSE(FileExists(copy + "\\a.txt")) << "a refused copy copies nothing";
     WriteFileBytes(tree + "\\a.txt", "changed");
-    EXPECT_EQ(folder.Copy(scratch.Path() + "copy", true, false), 0);
-    EXPECT_EQ(winbench::ReadFileBytes(scratch.Path() + "copy\\a.txt"), "changed");
+    EXPECT_EQ(folder.Copy(copy, true, false), 0);
+    EXPECT_EQ(winbench::ReadFileBytes(copy + "\\a.txt"), "changed");
     CreateDirectoryA((scratch.Path() + "into").c_str(), nullptr);
     EXPECT_EQ(folder.Copy(scratch.Path() + "into\\", true, false), 0) << "a trailing backslash copies into the folder";
     EXPECT_TRUE(FileExists(scratch.Path() + "into\\tree\\sub\\c.txt"));
