@@ -3,108 +3,47 @@
 #include <gtest/gtest.h>
 
 #include <objsafe.h>
-#include <ocidl.h>
 #include <olectl.h>
+
+#include <cstdio>
 
 #include "control/bstr_text.h"
 #include "probe_server.h"
 #include "session_log.h"
 
 using namespace control_tests;
-using corvan::com::Bstr;
 
 namespace {
 
-class Page : public ::testing::Test {
-protected:
-    void SetUp() override {
-        ASSERT_TRUE(SUCCEEDED(OleInitialize(nullptr)));
-        ASSERT_TRUE(ProbeServer::Register());
-        winbench::RemoveTree("C:\\TALO");
-        control = ProbeServer::CreateByProgId();
-        ASSERT_TRUE(control);
-        ProbeServer::SetScript("");
-    }
-    void TearDown() override {
-        if (cookie) point->Unadvise(cookie);
-        point = nullptr;
-        control = nullptr;
-        winbench::RemoveTree("C:\\TALO");
-        OleUninitialize();
-    }
+using Texts = std::vector<std::string>;
 
-    void Listen() {
-        auto container = control.As<IConnectionPointContainer>(IID_IConnectionPointContainer);
-        ASSERT_TRUE(container);
-        ASSERT_EQ(container->FindConnectionPoint(DIID___ManageClient, point.Put()), S_OK);
-        ASSERT_EQ(point->Advise(&sink, &cookie), S_OK);
+// What an interface adds to IUnknown and IDispatch, in vtable order, as
+// "name/invoke kind/dispid".
+Texts Members(ITypeInfo* info) {
+    Texts members;
+    FUNCDESC* function = nullptr;
+    for (UINT index = 0; SUCCEEDED(info->GetFuncDesc(index, &function)); ++index) {
+        corvan::com::Bstr name;
+        UINT count = 0;
+        info->GetNames(function->memid, name.Put(), 1, &count);
+        char id[16];
+        std::snprintf(id, sizeof id, "%lX", static_cast<unsigned long>(function->memid));
+        if (HIWORD(function->memid) != 0x6000 && HIWORD(function->memid) != 0x6001)
+            members.push_back(name.Text() + "/" + std::to_string(function->invkind) + "/" + id);
+        info->ReleaseFuncDesc(function);
     }
-
-    VARIANT Run(VARIANT mode) {
-        VARIANT result;
-        VariantInit(&result);
-        EXPECT_EQ(CallByName(control.Get(), L"Run", DISPATCH_METHOD, &mode, 1, &result), S_OK);
-        return result;
-    }
-
-    void PutText(const wchar_t* name, const char* text) {
-        Bstr value(text);
-        VARIANT argument;
-        V_VT(&argument) = VT_BSTR;
-        V_BSTR(&argument) = value.Get();
-        EXPECT_EQ(CallByName(control.Get(), name, DISPATCH_PROPERTYPUT, &argument, 1, nullptr), S_OK) << text;
-    }
-
-    std::string GetText(const wchar_t* name) {
-        VARIANT result;
-        VariantInit(&result);
-        EXPECT_EQ(CallByName(control.Get(), name, DISPATCH_PROPERTYGET, nullptr, 0, &result), S_OK);
-        EXPECT_EQ(V_VT(&result), VT_BSTR);
-        std::string text = V_VT(&result) == VT_BSTR ? corvan::com::FromBstr(V_BSTR(&result)) : "";
-        VariantClear(&result);
-        return text;
-    }
-
-    ComPtr<IDispatch> control;
-    ComPtr<IConnectionPoint> point;
-    EventSink sink;
-    DWORD cookie = 0;
-};
-
-VARIANT Long(LONG value) {
-    VARIANT v;
-    V_VT(&v) = VT_I4;
-    V_I4(&v) = value;
-    return v;
+    return members;
 }
 
-TEST_F(Page, MembersAndEventsKeepTheirNamesAndDispatchIdentifiers) {
-    EXPECT_EQ(DispidOf(control.Get(), L"Status"), 0x68030001);
-    EXPECT_EQ(DispidOf(control.Get(), L"URL"), 0x68030000);
-    EXPECT_EQ(DispidOf(control.Get(), L"Run"), 0x60030002);
-    EXPECT_EQ(DispidOf(control.Get(), L"NeedToInstall"), 0x60030011);
-    EXPECT_EQ(DispidOf(control.Get(), L"hwnd"), 0x68030013);
-    EXPECT_EQ(DispidOf(control.Get(), L"ShowUpdates"), 0x60030024);
-    EXPECT_EQ(DispidOf(control.Get(), L"usersgroups"), 0x68030012);
-
+TEST_F(Page, MembersAndEventsKeepTheirOrderAndDispatchIdentifiers) {
     // Early-bound pages call through the vtable: the order is part of the
     // interface.
-    ComPtr<ITypeInfo> dual;
+    ComPtr<ITypeInfo> dual, coclass, source;
     ASSERT_EQ(control->GetTypeInfo(0, LOCALE_USER_DEFAULT, dual.Put()), S_OK);
-    std::vector<std::string> order;
-    for (UINT index = 0;; ++index) {
-        FUNCDESC* function = nullptr;
-        if (FAILED(dual->GetFuncDesc(index, &function))) break;
-        BSTR name = nullptr;
-        UINT count = 0;
-        dual->GetNames(function->memid, &name, 1, &count);
-        if (function->oVft >= 7 * static_cast<SHORT>(sizeof(void*)))
-            order.push_back(corvan::com::FromBstr(name) + "/" + std::to_string(function->invkind));
-        SysFreeString(name);
-        dual->ReleaseFuncDesc(function);
-    }
-    EXPECT_EQ(order, (std::vector<std::string>{"Status/2", "URL/4", "Run/1", "NeedToInstall/1", "hwnd/2",
-                                               "ShowUpdates/1", "UsersGroups/2", "UsersGroups/4"}));
+    EXPECT_EQ(Members(dual.Get()),
+              (Texts{"Status/2/68030001", "URL/4/68030000", "Run/1/60030002", "NeedToInstall/1/60030011",
+                     "hwnd/2/68030013", "ShowUpdates/1/60030024", "UsersGroups/2/68030012", "UsersGroups/4/68030012"}));
+    EXPECT_EQ(DispidOf(control.Get(), L"usersgroups"), 0x68030012);
 
     // Script hosts find the event interface through the class information.
     auto classInfo = control.As<IProvideClassInfo2>(IID_IProvideClassInfo2);
@@ -112,26 +51,17 @@ TEST_F(Page, MembersAndEventsKeepTheirNamesAndDispatchIdentifiers) {
     GUID events = GUID_NULL;
     ASSERT_EQ(classInfo->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &events), S_OK);
     EXPECT_TRUE(IsEqualGUID(events, DIID___ManageClient));
-    ComPtr<ITypeInfo> coclass;
     ASSERT_EQ(classInfo->GetClassInfo(coclass.Put()), S_OK);
-    BSTR name = nullptr;
-    coclass->GetDocumentation(MEMBERID_NIL, &name, nullptr, nullptr, nullptr);
-    EXPECT_EQ(corvan::com::FromBstr(name), "ManageClient");
-    SysFreeString(name);
-
-    ComPtr<ITypeInfo> source;
+    corvan::com::Bstr name;
+    coclass->GetDocumentation(MEMBERID_NIL, name.Put(), nullptr, nullptr, nullptr);
+    EXPECT_EQ(name.Text(), "ManageClient");
     HREFTYPE reference;
     ASSERT_EQ(coclass->GetRefTypeOfImplType(1, &reference), S_OK);
     ASSERT_EQ(coclass->GetRefTypeInfo(reference, source.Put()), S_OK);
-    LPOLESTR eventNames[] = {const_cast<LPOLESTR>(L"InstallError"), const_cast<LPOLESTR>(L"InstallStatus")};
-    MEMBERID ids[2] = {};
-    ASSERT_EQ(source->GetIDsOfNames(&eventNames[0], 1, &ids[0]), S_OK);
-    ASSERT_EQ(source->GetIDsOfNames(&eventNames[1], 1, &ids[1]), S_OK);
-    EXPECT_EQ(ids[0], 1);
-    EXPECT_EQ(ids[1], 2);
+    EXPECT_EQ(Members(source.Get()), (Texts{"InstallError/1/1", "InstallStatus/1/2"}));
 }
 
-TEST_F(Page, ObjectSafetyAnswersAsABrowserExpects) {
+TEST_F(Page, ObjectSafetyAndConnectionPointsAnswerAsABrowserExpects) {
     auto safety = control.As<IObjectSafety>(IID_IObjectSafety);
     ASSERT_TRUE(safety);
     const DWORD both = INTERFACESAFE_FOR_UNTRUSTED_CALLER | INTERFACESAFE_FOR_UNTRUSTED_DATA;
@@ -146,87 +76,11 @@ TEST_F(Page, ObjectSafetyAnswersAsABrowserExpects) {
     EXPECT_NE(safety->SetInterfaceSafetyOptions(IID_IPersistPropertyBag, both, both), S_OK);
     EXPECT_EQ(safety->GetInterfaceSafetyOptions(IID_IOleObject, &supported, &enabled), E_NOINTERFACE);
     EXPECT_EQ(safety->SetInterfaceSafetyOptions(IID_IOleObject, both, both), E_NOINTERFACE);
-}
 
-TEST_F(Page, RunWithoutAnEngineModeReturnsEmptyAndRaisesComplete) {
-    Listen();
-    PutText(L"UsersGroups", "Dealers");
-    EXPECT_EQ(GetText(L"UsersGroups"), "Dealers");
-    for (LONG mode : {0, 6}) {
-        VARIANT result = Run(Long(mode));
-        EXPECT_EQ(V_VT(&result), VT_EMPTY) << mode;
-    }
-    EXPECT_EQ(sink.heard, (std::vector<std::string>{"2:Complete", "2:Complete"}));
-    EXPECT_EQ(ProbeServer::Journal().find("PrepInstaller"), std::string::npos);
-    std::vector<std::string> log = LogMessages();
-    ASSERT_EQ(log.size(), 2u * 16u);
-    EXPECT_EQ(log[11], "Groups: Dealers");
-    EXPECT_EQ(log[13].rfind("----------------------------END OF ", 0), 0u);
-}
-
-TEST_F(Page, Mode5DrivesTheEngineAsMode1AndEventsReachThePage) {
-    Listen();
-    PutText(L"URL", "https://h/a/b/page.asp");
-    PutText(L"URL", "no slash here");
-    ProbeServer::SetScript("status|INSTALL\nInstallationStatus|Preparing\nStatusMsgChange|Opening FTP Server...\n"
-                           "InstallerError|something broke\nresult|True\n");
-    for (LONG mode : {1, 5}) {
-        VARIANT result = Run(Long(mode));
-        EXPECT_EQ(V_VT(&result), VT_BOOL) << mode;
-        EXPECT_EQ(V_BOOL(&result), VARIANT_TRUE) << mode;
-    }
-    EXPECT_EQ(ProbeServer::Journal(), "PrepInstaller(1,False) url=https://h/a/b/\n"
-                                      "PrepInstaller(1,False) url=https://h/a/b/\n");
-    std::vector<std::string> once = {"2:Preparing", "1:something broke", "2:Complete"};
-    std::vector<std::string> twice = once;
-    twice.insert(twice.end(), once.begin(), once.end());
-    EXPECT_EQ(sink.heard, twice);
-    EXPECT_EQ(GetText(L"Status"), "INSTALL");
-    std::vector<std::string> log = LogMessages();
-    ASSERT_GE(log.size(), 16u);
-    EXPECT_EQ(log[0], "----------------------------START OF INSTALL -----------------------------------");
-    EXPECT_EQ(log[13], "Opening FTP Server...");
-    EXPECT_EQ(log[14], "something broke");
-
-    // A by-reference Integer from a VB page works as well as a script's Long.
-    SHORT mode = 3;
-    VARIANT byReference;
-    V_VT(&byReference) = VT_I2 | VT_BYREF;
-    V_I2REF(&byReference) = &mode;
-    VARIANT result = Run(byReference);
-    EXPECT_EQ(V_VT(&result), VT_BOOL);
-    EXPECT_NE(ProbeServer::Journal().find("PrepInstaller(3,False)"), std::string::npos);
-}
-
-TEST_F(Page, NeedToInstallAndTheWindowHandleOfAControlNeverActivated) {
-    ProbeServer::SetScript("need|True\n");
-    VARIANT result;
-    VariantInit(&result);
-    ASSERT_EQ(CallByName(control.Get(), L"NeedToInstall", DISPATCH_METHOD, nullptr, 0, &result), S_OK);
-    EXPECT_EQ(V_VT(&result), VT_BOOL);
-    EXPECT_EQ(V_BOOL(&result), VARIANT_TRUE);
-    ASSERT_EQ(CallByName(control.Get(), L"hwnd", DISPATCH_PROPERTYGET, nullptr, 0, &result), S_OK);
-    EXPECT_EQ(V_VT(&result), VT_I4);
-    EXPECT_EQ(V_I4(&result), 0);
-    EXPECT_EQ(CallByName(control.Get(), L"ShowUpdates", DISPATCH_METHOD, nullptr, 0, nullptr), S_OK);
-}
-
-TEST_F(Page, AnySinkCountAndUnadviseStopsEvents) {
-    Listen();
+    // One connection point, the events'.
     auto container = control.As<IConnectionPointContainer>(IID_IConnectionPointContainer);
-    EventSink second;
-    DWORD secondCookie = 0;
-    ASSERT_EQ(point->Advise(&second, &secondCookie), S_OK);
-    EXPECT_NE(secondCookie, cookie);
-    Run(Long(0));
-    ASSERT_EQ(point->Unadvise(secondCookie), S_OK);
-    EXPECT_EQ(point->Unadvise(secondCookie), CONNECT_E_NOCONNECTION);
-    Run(Long(0));
-    EXPECT_EQ(sink.heard.size(), 2u);
-    EXPECT_EQ(second.heard.size(), 1u);
     ComPtr<IConnectionPoint> other;
     EXPECT_EQ(container->FindConnectionPoint(IID_IPropertyNotifySink, other.Put()), CONNECT_E_NOCONNECTION);
-
     ComPtr<IEnumConnectionPoints> points;
     ASSERT_EQ(container->EnumConnectionPoints(points.Put()), S_OK);
     IConnectionPoint* listed[2] = {};
@@ -239,19 +93,135 @@ TEST_F(Page, AnySinkCountAndUnadviseStopsEvents) {
     listed[0]->Release();
 }
 
-TEST_F(Page, TheServerCanUnloadOnceThePageLetsGo) {
+TEST_F(Page, ModesWithoutEngineReturnEmptyAndRaiseCompleteToEverySinkAdvised) {
+    EventSink second;
+    DWORD secondCookie = 0;
+    ASSERT_EQ(point->Advise(&second, &secondCookie), S_OK);
+    EXPECT_NE(secondCookie, cookie);
+    Put(L"UsersGroups", "Dealers");
+    EXPECT_EQ(Get(L"UsersGroups"), "Dealers");
+    VARIANT result = Run(Long(0));
+    EXPECT_EQ(V_VT(&result), VT_EMPTY);
+    ASSERT_EQ(point->Unadvise(secondCookie), S_OK);
+    EXPECT_EQ(point->Unadvise(secondCookie), CONNECT_E_NOCONNECTION);
+    result = Run(Long(6));
+    EXPECT_EQ(V_VT(&result), VT_EMPTY);
+    EXPECT_EQ(sink.heard, (Texts{"2:Complete", "2:Complete"}));
+    EXPECT_EQ(second.heard, Texts{"2:Complete"});
+    EXPECT_EQ(second.references, 1u);
+    EXPECT_EQ(Journal().find("PrepInstaller"), std::string::npos);
+    std::vector<std::string> log = LogMessages();
+    ASSERT_EQ(log.size(), 2u * 16u);
+    EXPECT_EQ(log[11], "Groups: Dealers");
+    EXPECT_EQ(log[13].rfind("----------------------------END OF ", 0), 0u);
+}
+
+TEST_F(Page, CallsByNameDriveTheEngineAndTheServerUnloadsOnceThePageLetsGo) {
+    Put(L"URL", "https://h/a/b/page.asp");
+    Put(L"URL", "no slash here");
+    SetScript("status|INSTALL\nInstallationStatus|Preparing\nStatusMsgChange|Opening FTP Server...\n"
+              "InstallerError|something broke\nresult|True\nneed|True\n");
+    for (LONG mode : {1, 5}) {
+        VARIANT result = Run(Long(mode));
+        EXPECT_EQ(V_VT(&result), VT_BOOL) << mode;
+        EXPECT_EQ(V_BOOL(&result), VARIANT_TRUE) << mode;
+    }
+    EXPECT_EQ(Journal(), "PrepInstaller(1,False) url=https://h/a/b/\nPrepInstaller(1,False) url=https://h/a/b/\n");
+    EXPECT_EQ(sink.heard, (Texts{"2:Preparing", "1:something broke", "2:Complete", "2:Preparing",
+                                 "1:something broke", "2:Complete"}));
+    EXPECT_EQ(Get(L"Status"), "INSTALL");
+
+    // A by-reference Integer from a VB page works as well as a script's Long.
+    SHORT mode = 3;
+    VARIANT byReference;
+    V_VT(&byReference) = VT_I2 | VT_BYREF;
+    V_I2REF(&byReference) = &mode;
+    VARIANT result = Run(byReference);
+    EXPECT_EQ(V_VT(&result), VT_BOOL);
+    EXPECT_NE(Journal().find("PrepInstaller(3,False)"), std::string::npos);
+    VARIANT need = Call(control.Get(), L"NeedToInstall");
+    EXPECT_EQ(V_VT(&need), VT_BOOL);
+    EXPECT_EQ(V_BOOL(&need), VARIANT_TRUE);
+    Call(control.Get(), L"ShowUpdates");
+
     auto canUnload = reinterpret_cast<HRESULT(STDAPICALLTYPE*)()>(
         GetProcAddress(GetModuleHandleA("CorvanControlProbe.ocx"), "DllCanUnloadNow"));
     ASSERT_TRUE(canUnload);
-    Listen();
-    Run(Long(1));
     EXPECT_EQ(canUnload(), S_FALSE);
     point->Unadvise(cookie);
-    cookie = 0;
     point = nullptr;
     control = nullptr;
     EXPECT_EQ(canUnload(), S_OK);
     EXPECT_EQ(sink.references, 1u);
+}
+
+bool KeyExists(const std::string& path) {
+    HKEY key;
+    if (RegOpenKeyExA(HKEY_CLASSES_ROOT, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
+    RegCloseKey(key);
+    return true;
+}
+
+std::string Value(const std::string& path, const char* name = nullptr) {
+    char data[512] = {};
+    DWORD size = sizeof data;
+    if (RegGetValueA(HKEY_CLASSES_ROOT, path.c_str(), name, RRF_RT_REG_SZ, nullptr, data, &size) != ERROR_SUCCESS)
+        return "(missing)";
+    return data;
+}
+
+TEST_F(Page, Regsvr32RegistersTheShippedControlThatSaysItsEngineIsMissing) {
+    const std::string ocx = winbench::OutDir() + "\\CorvanInstaller.ocx";
+    ASSERT_TRUE(winbench::FileExists(ocx)) << ocx;
+    ASSERT_TRUE(Regsvr32(ocx));
+
+    const std::string clsid = "CLSID\\{96764B85-C202-4377-A836-2C40554474D9}";
+    std::string server = Value(clsid + "\\InprocServer32");
+    EXPECT_TRUE(_stricmp(server.c_str(), ocx.c_str()) == 0 || server.find("CorvanInstaller.ocx") != std::string::npos)
+        << server;
+    EXPECT_EQ(Value(clsid + "\\InprocServer32", "ThreadingModel"), "Apartment");
+    EXPECT_EQ(Value(clsid + "\\ProgID"), "CorvanInstaller.ManageClient.1");
+    EXPECT_EQ(Value(clsid + "\\VersionIndependentProgID"), "CorvanInstaller.ManageClient");
+    EXPECT_EQ(Value(clsid + "\\TypeLib"), "{E11AB144-7A14-4294-9F2D-2574EFBE0FC2}");
+    // Site first, inside-out, active when visible: what a browser reads
+    // before it creates the control.
+    EXPECT_EQ(Value(clsid + "\\MiscStatus\\1"), "131473");
+    EXPECT_EQ(Value("CorvanInstaller.ManageClient\\CLSID"), "{96764B85-C202-4377-A836-2C40554474D9}");
+    EXPECT_EQ(Value("CorvanInstaller.ManageClient\\CurVer"), "CorvanInstaller.ManageClient.1");
+    EXPECT_EQ(Value("CorvanInstaller.ManageClient.1\\CLSID"), "{96764B85-C202-4377-A836-2C40554474D9}");
+    // The last key comes with the typelib: it makes the dual interface known
+    // for marshalling.
+    const std::string categories = clsid + "\\Implemented Categories\\";
+    for (const std::string& key : {clsid + "\\Control", categories + "{7DD95801-9882-11CF-9FA9-00AA006C42C4}",
+                                   categories + "{7DD95802-9882-11CF-9FA9-00AA006C42C4}",
+                                   std::string("TypeLib\\{E11AB144-7A14-4294-9F2D-2574EFBE0FC2}\\1.0\\0\\win64"),
+                                   std::string("Interface\\{CF3D629D-1B7D-49FD-96DA-8F3B48662F46}")})
+        EXPECT_TRUE(KeyExists(key)) << key;
+
+    {
+        // The shipped control says plainly that its install engine is not
+        // built in.
+        ComPtr<IDispatch> shipped = CreateControl();
+        ASSERT_TRUE(shipped);
+        EventSink heard;
+        DWORD shippedCookie = 0;
+        ComPtr<IConnectionPoint> shippedPoint = Advise(shipped.Get(), heard, shippedCookie);
+        ASSERT_TRUE(shippedPoint);
+        VARIANT mode = Long(1);
+        VARIANT result = Call(shipped.Get(), L"Run", DISPATCH_METHOD, &mode);
+        EXPECT_EQ(V_VT(&result), VT_BOOL);
+        EXPECT_EQ(V_BOOL(&result), VARIANT_FALSE);
+        ASSERT_EQ(heard.heard.size(), 2u);
+        EXPECT_EQ(heard.heard[0].rfind("1:The install engine is not part of this build", 0), 0u) << heard.heard[0];
+        EXPECT_EQ(heard.heard[1], "2:Complete");
+        shippedPoint->Unadvise(shippedCookie);
+    }
+
+    ASSERT_TRUE(Regsvr32(ocx, true));
+    for (const std::string& key : {clsid, std::string("CorvanInstaller.ManageClient"),
+                                   std::string("CorvanInstaller.ManageClient.1"),
+                                   std::string("TypeLib\\{E11AB144-7A14-4294-9F2D-2574EFBE0FC2}")})
+        EXPECT_FALSE(KeyExists(key)) << key;
 }
 
 }  // namespace

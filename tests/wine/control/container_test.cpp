@@ -17,10 +17,9 @@ public:
             *out = static_cast<IOleClientSite*>(this);
         else if (IsEqualIID(riid, IID_IOleWindow) || IsEqualIID(riid, IID_IOleInPlaceSite))
             *out = static_cast<IOleInPlaceSite*>(this);
-        else {
+        else
             *out = nullptr;
-            return E_NOINTERFACE;
-        }
+        if (!*out) return E_NOINTERFACE;
         AddRef();
         return S_OK;
     }
@@ -29,43 +28,31 @@ public:
 
     STDMETHODIMP SaveObject() override { return S_OK; }
     STDMETHODIMP GetMoniker(DWORD, DWORD, IMoniker**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetContainer(IOleContainer** container) override {
-        *container = nullptr;
-        return E_NOINTERFACE;
-    }
+    STDMETHODIMP GetContainer(IOleContainer** container) override { *container = nullptr; return E_NOINTERFACE; }
     STDMETHODIMP ShowObject() override { return S_OK; }
     STDMETHODIMP OnShowWindow(BOOL) override { return S_OK; }
     STDMETHODIMP RequestNewObjectLayout() override { return E_NOTIMPL; }
 
-    STDMETHODIMP GetWindow(HWND* window) override {
-        *window = window_;
-        return S_OK;
-    }
+    STDMETHODIMP GetWindow(HWND* window) override { *window = window_; return S_OK; }
     STDMETHODIMP ContextSensitiveHelp(BOOL) override { return E_NOTIMPL; }
     STDMETHODIMP CanInPlaceActivate() override { return S_OK; }
-    STDMETHODIMP OnInPlaceActivate() override {
-        ++activations;
-        return S_OK;
-    }
+    STDMETHODIMP OnInPlaceActivate() override { ++activations; return S_OK; }
     STDMETHODIMP OnUIActivate() override { return S_OK; }
     STDMETHODIMP GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindow** document, LPRECT position,
                                   LPRECT clip, LPOLEINPLACEFRAMEINFO) override {
         *frame = nullptr;
         *document = nullptr;
-        SetRect(position, 10, 20, 610, 147);
-        *clip = *position;
+        *position = *clip = kPosition;
         return S_OK;
     }
     STDMETHODIMP Scroll(SIZE) override { return E_NOTIMPL; }
     STDMETHODIMP OnUIDeactivate(BOOL) override { return S_OK; }
-    STDMETHODIMP OnInPlaceDeactivate() override {
-        ++deactivations;
-        return S_OK;
-    }
+    STDMETHODIMP OnInPlaceDeactivate() override { ++deactivations; return S_OK; }
     STDMETHODIMP DiscardUndoState() override { return S_OK; }
     STDMETHODIMP DeactivateAndUndo() override { return S_OK; }
     STDMETHODIMP OnPosRectChange(LPCRECT) override { return S_OK; }
 
+    static constexpr RECT kPosition = {10, 20, 610, 147};
     ULONG references = 1;
     int activations = 0, deactivations = 0;
 
@@ -73,70 +60,57 @@ private:
     HWND window_;
 };
 
-LONG WindowHandle(IDispatch* control) {
-    VARIANT result;
-    VariantInit(&result);
-    EXPECT_EQ(CallByName(control, L"hwnd", DISPATCH_PROPERTYGET, nullptr, 0, &result), S_OK);
-    return V_I4(&result);
+HWND WindowOf(IDispatch* control) {
+    VARIANT handle = Call(control, L"hwnd", DISPATCH_PROPERTYGET);
+    EXPECT_EQ(V_VT(&handle), VT_I4);
+    return reinterpret_cast<HWND>(static_cast<LONG_PTR>(V_I4(&handle)));
 }
 
-TEST(Container, InPlaceActivationGivesTheControlAWindowInsideThePage) {
-    ASSERT_TRUE(SUCCEEDED(OleInitialize(nullptr)));
-    ASSERT_TRUE(ProbeServer::Register());
+TEST_F(Page, InPlaceActivationGivesTheControlAWindowInsideThePage) {
     HWND page = CreateWindowExA(0, "STATIC", "page", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 800, 300, nullptr,
                                 nullptr, nullptr, nullptr);
     ASSERT_TRUE(page);
-    {
-        ComPtr<IDispatch> control = ProbeServer::CreateByProgId();
-        ASSERT_TRUE(control);
-        auto ole = control.As<IOleObject>(IID_IOleObject);
-        ASSERT_TRUE(ole);
-        DWORD status = 0;
-        ole->GetMiscStatus(DVASPECT_CONTENT, &status);
-        EXPECT_TRUE(status & OLEMISC_SETCLIENTSITEFIRST);
+    auto ole = control.As<IOleObject>(IID_IOleObject);
+    ASSERT_TRUE(ole);
+    DWORD status = 0;
+    ole->GetMiscStatus(DVASPECT_CONTENT, &status);
+    EXPECT_TRUE(status & OLEMISC_SETCLIENTSITEFIRST);
 
-        Site site(page);
-        ASSERT_EQ(ole->SetClientSite(&site), S_OK);
-        auto persist = control.As<IPersistStreamInit>(IID_IPersistStreamInit);
-        ASSERT_TRUE(persist);
-        EXPECT_EQ(persist->InitNew(), S_OK);
-        EXPECT_EQ(WindowHandle(control.Get()), 0);
+    Site site(page);
+    ASSERT_EQ(ole->SetClientSite(&site), S_OK);
+    EXPECT_EQ(control.As<IPersistStreamInit>(IID_IPersistStreamInit)->InitNew(), S_OK);
+    EXPECT_EQ(WindowOf(control.Get()), nullptr);
 
-        RECT position = {10, 20, 610, 147};
-        ASSERT_EQ(ole->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, &site, 0, page, &position), S_OK);
-        EXPECT_EQ(site.activations, 1);
-        HWND window = reinterpret_cast<HWND>(static_cast<LONG_PTR>(WindowHandle(control.Get())));
-        ASSERT_TRUE(IsWindow(window));
-        EXPECT_EQ(GetParent(window), page);
-        EXPECT_TRUE(IsWindowVisible(window));
-        auto inPlace = control.As<IOleInPlaceObject>(IID_IOleInPlaceObject);
-        HWND reported = nullptr;
-        ASSERT_EQ(inPlace->GetWindow(&reported), S_OK);
-        EXPECT_EQ(reported, window);
-        RECT placed;
-        GetWindowRect(window, &placed);
-        MapWindowPoints(nullptr, page, reinterpret_cast<POINT*>(&placed), 2);
-        EXPECT_EQ(placed.right - placed.left, 600);
-        UpdateWindow(window);
+    RECT position = Site::kPosition;
+    ASSERT_EQ(ole->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, &site, 0, page, &position), S_OK);
+    EXPECT_EQ(site.activations, 1);
+    HWND window = WindowOf(control.Get());
+    ASSERT_TRUE(IsWindow(window));
+    EXPECT_EQ(GetParent(window), page);
+    EXPECT_TRUE(IsWindowVisible(window));
+    HWND reported = nullptr;
+    ASSERT_EQ(control.As<IOleInPlaceObject>(IID_IOleInPlaceObject)->GetWindow(&reported), S_OK);
+    EXPECT_EQ(reported, window);
+    RECT placed;
+    GetWindowRect(window, &placed);
+    EXPECT_EQ(placed.right - placed.left, 600);
+    UpdateWindow(window);
 
-        // Drawing into a container's device context while active.
-        auto view = control.As<IViewObject2>(IID_IViewObject2);
-        ASSERT_TRUE(view);
-        HDC dc = GetDC(page);
-        RECTL bounds = {0, 0, 100, 50};
-        EXPECT_EQ(view->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, dc, &bounds, nullptr, nullptr, 0),
-                  S_OK);
-        ReleaseDC(page, dc);
+    // Drawing into a container's device context while active.
+    auto view = control.As<IViewObject2>(IID_IViewObject2);
+    ASSERT_TRUE(view);
+    HDC dc = GetDC(page);
+    RECTL bounds = {0, 0, 100, 50};
+    EXPECT_EQ(view->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, dc, &bounds, nullptr, nullptr, 0), S_OK);
+    ReleaseDC(page, dc);
 
-        ASSERT_EQ(ole->Close(OLECLOSE_NOSAVE), S_OK);
-        EXPECT_EQ(site.deactivations, 1);
-        EXPECT_FALSE(IsWindow(window));
-        EXPECT_EQ(WindowHandle(control.Get()), 0);
-        ole->SetClientSite(nullptr);
-        EXPECT_EQ(site.references, 1u);
-    }
+    ASSERT_EQ(ole->Close(OLECLOSE_NOSAVE), S_OK);
+    EXPECT_EQ(site.deactivations, 1);
+    EXPECT_FALSE(IsWindow(window));
+    EXPECT_EQ(WindowOf(control.Get()), nullptr);
+    ole->SetClientSite(nullptr);
+    EXPECT_EQ(site.references, 1u);
     DestroyWindow(page);
-    OleUninitialize();
 }
 
 }  // namespace

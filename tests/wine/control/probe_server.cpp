@@ -4,60 +4,49 @@
 
 namespace control_tests {
 
-std::string TestProgramFolder() {
+namespace {
+
+HMODULE Probe() { return GetModuleHandleA("CorvanControlProbe.ocx"); }
+
+std::string ProbePath() {
     char path[MAX_PATH];
-    DWORD length = GetModuleFileNameA(nullptr, path, MAX_PATH);
-    std::string full(path, length);
-    return full.substr(0, full.rfind('\\') + 1);
+    std::string program(path, GetModuleFileNameA(nullptr, path, MAX_PATH));
+    return program.substr(0, program.rfind('\\') + 1) + "CorvanControlProbe.ocx";
 }
+
+}  // namespace
 
 bool Regsvr32(const std::string& path, bool unregister) {
     std::string command = std::string("regsvr32.exe /s ") + (unregister ? "/u " : "") + "\"" + path + "\"";
     return winbench::RunAndWait(command).exitCode == 0;
 }
 
-std::string ProbeServer::Path() { return TestProgramFolder() + "CorvanControlProbe.ocx"; }
-
-// Registered anew for every test: the shipped control shares the CLSID, and
-// a test that unregisters it must not leave later tests without a server.
-bool ProbeServer::Register() { return Regsvr32(Path()); }
-
-ComPtr<IDispatch> ProbeServer::CreateByProgId(const char* progId) {
+ComPtr<IDispatch> CreateControl() {
     ComPtr<IDispatch> object;
     CLSID clsid;
-    wchar_t wide[128];
-    MultiByteToWideChar(CP_ACP, 0, progId, -1, wide, 128);
-    if (SUCCEEDED(CLSIDFromProgID(wide, &clsid)))
+    if (SUCCEEDED(CLSIDFromProgID(L"CorvanInstaller.ManageClient", &clsid)))
         CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.PutVoid());
     return object;
 }
 
-namespace {
-HMODULE Probe() { return GetModuleHandleA("CorvanControlProbe.ocx"); }
-}  // namespace
-
-void ProbeServer::SetScript(const char* script) {
+void SetScript(const char* script) {
     auto set = reinterpret_cast<void (*)(const char*)>(GetProcAddress(Probe(), "RecordingEngineSetScript"));
-    if (set) set(script);
+    ASSERT_TRUE(set);
+    set(script);
 }
 
-std::string ProbeServer::Journal() {
-    auto get = reinterpret_cast<int (*)(char*, int)>(GetProcAddress(Probe(), "RecordingEngineJournal"));
-    if (!get) return "(probe not loaded)";
-    std::string text(static_cast<size_t>(get(nullptr, 0)) + 1, '\0');
-    get(text.data(), static_cast<int>(text.size()));
-    text.pop_back();
-    return text;
+std::string Journal() {
+    auto get = reinterpret_cast<const char* (*)()>(GetProcAddress(Probe(), "RecordingEngineJournal"));
+    return get ? get() : "(probe not loaded)";
 }
 
 STDMETHODIMP EventSink::QueryInterface(REFIID riid, void** out) {
-    if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IDispatch) || IsEqualIID(riid, DIID___ManageClient)) {
-        *out = this;
-        AddRef();
-        return S_OK;
-    }
-    *out = nullptr;
-    return E_NOINTERFACE;
+    *out = IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IDispatch) || IsEqualIID(riid, DIID___ManageClient)
+               ? this
+               : nullptr;
+    if (!*out) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
 }
 
 STDMETHODIMP EventSink::Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* params, VARIANT*, EXCEPINFO*, UINT*) {
@@ -68,6 +57,16 @@ STDMETHODIMP EventSink::Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* params
     return S_OK;
 }
 
+ComPtr<IConnectionPoint> Advise(IDispatch* control, EventSink& sink, DWORD& cookie) {
+    ComPtr<IConnectionPointContainer> container;
+    ComPtr<IConnectionPoint> point;
+    control->QueryInterface(IID_IConnectionPointContainer, container.PutVoid());
+    if (container && container->FindConnectionPoint(DIID___ManageClient, point.Put()) == S_OK &&
+        point->Advise(&sink, &cookie) == S_OK)
+        return point;
+    return nullptr;
+}
+
 DISPID DispidOf(IDispatch* object, const wchar_t* name) {
     DISPID id = DISPID_UNKNOWN;
     LPOLESTR names[1] = {const_cast<LPOLESTR>(name)};
@@ -75,17 +74,59 @@ DISPID DispidOf(IDispatch* object, const wchar_t* name) {
     return id;
 }
 
-HRESULT CallByName(IDispatch* object, const wchar_t* name, WORD flags, VARIANT* arguments, UINT count,
-                   VARIANT* result) {
-    DISPID id = DispidOf(object, name);
-    if (id == DISPID_UNKNOWN) return DISP_E_UNKNOWNNAME;
+VARIANT Call(IDispatch* object, const wchar_t* name, WORD flags, VARIANT* argument) {
     DISPID put = DISPID_PROPERTYPUT;
-    DISPPARAMS params = {arguments, nullptr, count, 0};
-    if (flags & DISPATCH_PROPERTYPUT) {
-        params.rgdispidNamedArgs = &put;
-        params.cNamedArgs = 1;
-    }
-    return object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &params, result, nullptr, nullptr);
+    bool putting = flags & DISPATCH_PROPERTYPUT;
+    DISPPARAMS params = {argument, putting ? &put : nullptr, argument ? 1u : 0u, putting ? 1u : 0u};
+    VARIANT result;
+    VariantInit(&result);
+    EXPECT_EQ(object->Invoke(DispidOf(object, name), IID_NULL, LOCALE_USER_DEFAULT, flags, &params,
+                             putting ? nullptr : &result, nullptr, nullptr),
+              S_OK)
+        << name;
+    return result;
+}
+
+VARIANT Long(LONG value) {
+    VARIANT v;
+    V_VT(&v) = VT_I4;
+    V_I4(&v) = value;
+    return v;
+}
+
+void Page::SetUp() {
+    ASSERT_TRUE(SUCCEEDED(OleInitialize(nullptr)));
+    ASSERT_TRUE(Regsvr32(ProbePath()));
+    winbench::RemoveTree("C:\\TALO");
+    control = CreateControl();
+    ASSERT_TRUE(control);
+    SetScript("");
+    point = Advise(control.Get(), sink, cookie);
+    ASSERT_TRUE(point);
+}
+
+void Page::TearDown() {
+    if (point) point->Unadvise(cookie);
+    point = nullptr;
+    control = nullptr;
+    winbench::RemoveTree("C:\\TALO");
+    OleUninitialize();
+}
+
+void Page::Put(const wchar_t* name, const char* text) {
+    corvan::com::Bstr value(text);
+    VARIANT argument;
+    V_VT(&argument) = VT_BSTR;
+    V_BSTR(&argument) = value.Get();
+    Call(control.Get(), name, DISPATCH_PROPERTYPUT, &argument);
+}
+
+std::string Page::Get(const wchar_t* name) {
+    VARIANT result = Call(control.Get(), name, DISPATCH_PROPERTYGET);
+    EXPECT_EQ(V_VT(&result), VT_BSTR) << "not a text";
+    std::string text = V_VT(&result) == VT_BSTR ? corvan::com::FromBstr(V_BSTR(&result)) : "";
+    VariantClear(&result);
+    return text;
 }
 
 }  // namespace control_tests

@@ -1,8 +1,15 @@
 #pragma once
+// What the COM tests share: the probe server (the control with the recording
+// engine, built beside the test program), an event sink, calls by name, and
+// the page that creates the registered control by ProgID.
 #include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
 
 #include <windows.h>
 #include <ole2.h>
+#include <ocidl.h>
 
 #include "control/CorvanInstaller_h.h"
 #include "control/com_ptr.h"
@@ -12,29 +19,22 @@ namespace control_tests {
 
 using corvan::com::ComPtr;
 
-// The folder of this test program, where the probe server is built.
-std::string TestProgramFolder();
-
-// Registers a server with the system's regsvr32; true when it succeeded.
+// Registers, or unregisters, a server with the system's regsvr32.
 bool Regsvr32(const std::string& path, bool unregister = false);
 
-// The probe server (the control with the recording engine), registered in
-// the test prefix and created by ProgID as a page would.
-class ProbeServer {
-public:
-    static std::string Path();
-    static bool Register();
-    static ComPtr<IDispatch> CreateByProgId(const char* progId = "CorvanInstaller.ManageClient");
-    // The recording engine inside the loaded probe server.
-    static void SetScript(const char* script);
-    static std::string Journal();
-};
+// The registered control, created by ProgID as a page creates it.
+ComPtr<IDispatch> CreateControl();
+
+// The recording engine inside the loaded probe server.
+void SetScript(const char* script);
+std::string Journal();
 
 // An event sink for __ManageClient that keeps what it heard as
 // "<dispid>:<text>".
 class EventSink : public IDispatch {
 public:
     std::vector<std::string> heard;
+    ULONG references = 1;
 
     STDMETHODIMP QueryInterface(REFIID riid, void** out) override;
     STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
@@ -43,13 +43,32 @@ public:
     STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
     STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
     STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* params, VARIANT*, EXCEPINFO*, UINT*) override;
-
-    ULONG references = 1;
 };
 
-// Calls a member by name through IDispatch.
-HRESULT CallByName(IDispatch* object, const wchar_t* name, WORD flags, VARIANT* arguments, UINT count,
-                   VARIANT* result);
+// Advises `sink` on the control's event connection point.
+ComPtr<IConnectionPoint> Advise(IDispatch* control, EventSink& sink, DWORD& cookie);
+
 DISPID DispidOf(IDispatch* object, const wchar_t* name);
+// Calls a member by name with at most one argument; expects it to succeed.
+VARIANT Call(IDispatch* object, const wchar_t* name, WORD flags = DISPATCH_METHOD, VARIANT* argument = nullptr);
+VARIANT Long(LONG value);
+
+// A page holding the probe control, its sink advised. The probe is registered
+// anew for every test: the shipped control shares its CLSID, and a test that
+// unregisters that must not leave later tests without a server.
+class Page : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    void Put(const wchar_t* name, const char* text);
+    std::string Get(const wchar_t* name);
+    VARIANT Run(VARIANT mode) { return Call(control.Get(), L"Run", DISPATCH_METHOD, &mode); }
+
+    ComPtr<IDispatch> control;
+    ComPtr<IConnectionPoint> point;
+    EventSink sink;
+    DWORD cookie = 0;
+};
 
 }  // namespace control_tests

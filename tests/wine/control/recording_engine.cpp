@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <sstream>
 #include <vector>
 
@@ -13,41 +12,22 @@
 
 namespace {
 
-struct Recording {
-    std::vector<std::vector<std::string>> steps;
-    std::string journal;
-};
+using Step = std::vector<std::string>;  // the kind, then its fields
+std::vector<Step> script;
+std::string journal;
 
-Recording& State() {
-    static Recording state;
-    return state;
-}
-
-std::vector<std::string> Fields(const std::string& line) {
-    std::vector<std::string> fields;
-    std::stringstream stream(line);
-    std::string field;
-    while (std::getline(stream, field, '|')) fields.push_back(field);
-    return fields;
-}
-
-void Journal(const std::string& entry) { State().journal += entry + "\n"; }
-
-std::string Setting(const char* name, const std::string& fallback) {
-    for (const auto& step : State().steps)
-        if (step.size() > 1 && step[0] == name) return step[1];
+std::string Setting(const char* name, const char* fallback) {
+    for (const Step& step : script)
+        if (step[0] == name && step.size() > 1) return step[1];
     return fallback;
 }
 
+// Lets the thread's windows and timers run, as a long engine step does.
 void Pump(int milliseconds) {
-    DWORD end = GetTickCount() + static_cast<DWORD>(milliseconds);
-    while (static_cast<int>(end - GetTickCount()) > 0) {
+    for (DWORD end = GetTickCount() + milliseconds; static_cast<int>(end - GetTickCount()) > 0;) {
         MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
         MSG message;
-        while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&message);
-            DispatchMessageA(&message);
-        }
+        while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageA(&message);
     }
 }
 
@@ -56,25 +36,19 @@ public:
     explicit RecordingEngine(corvan::InstallEngineEvents& events) : events_(events) {}
 
     std::string InstallFile() const override { return installFile_; }
-    void InstallFile(std::string path) override {
-        Journal("InstallFile=" + path);
-        installFile_ = std::move(path);
-    }
+    void InstallFile(std::string path) override { journal += "InstallFile=" + (installFile_ = path) + "\n"; }
     std::string UnInstallFile() const override { return uninstallFile_; }
-    void UnInstallFile(std::string path) override {
-        Journal("UnInstallFile=" + path);
-        uninstallFile_ = std::move(path);
-    }
+    void UnInstallFile(std::string path) override { journal += "UnInstallFile=" + (uninstallFile_ = path) + "\n"; }
 
     bool PrepInstaller(int32_t mode, bool force) override {
-        Journal("PrepInstaller(" + std::to_string(mode) + "," + corvan::BooleanText(force) +
-                ") url=" + corvan::modCorvanInstaller_Global().MasterUrlSource);
+        journal += "PrepInstaller(" + std::to_string(mode) + "," + corvan::BooleanText(force) +
+                   ") url=" + corvan::modCorvanInstaller_Global().MasterUrlSource + "\n";
         Play();
         return Setting("result", "True") == "True";
     }
 
     bool NeedToInstall() override {
-        Journal("NeedToInstall()");
+        journal += "NeedToInstall()\n";
         Play();
         return Setting("need", "False") == "True";
     }
@@ -83,15 +57,16 @@ public:
 
 private:
     void Play() {
-        for (const auto& step : State().steps) {
-            const std::string& kind = step[0];
-            std::string a = step.size() > 1 ? step[1] : "", b = step.size() > 2 ? step[2] : "";
-            if (kind == "InstallationStatus") events_.InstallationStatus(a);
-            else if (kind == "StatusMsgChange") events_.StatusMsgChange(a);
-            else if (kind == "InstallerError") events_.InstallerError(a);
-            else if (kind == "ProgressUpdate") events_.ProgressUpdate(std::strtof(a.c_str(), nullptr));
-            else if (kind == "FTPStatus") events_.FTPStatus(std::strtof(a.c_str(), nullptr), b);
-            else if (kind == "pump") Pump(std::atoi(a.c_str()));
+        for (Step step : script) {
+            step.resize(3);
+            const std::string &kind = step[0], &text = step[1];
+            float fraction = std::strtof(text.c_str(), nullptr);
+            if (kind == "InstallationStatus") events_.InstallationStatus(text);
+            else if (kind == "StatusMsgChange") events_.StatusMsgChange(text);
+            else if (kind == "InstallerError") events_.InstallerError(text);
+            else if (kind == "ProgressUpdate") events_.ProgressUpdate(fraction);
+            else if (kind == "FTPStatus") events_.FTPStatus(fraction, step[2]);
+            else if (kind == "pump") Pump(std::atoi(text.c_str()));
         }
     }
 
@@ -101,25 +76,19 @@ private:
 
 }  // namespace
 
-extern "C" void RecordingEngineSetScript(const char* script) {
-    State().steps.clear();
-    State().journal.clear();
-    std::stringstream stream(script ? script : "");
-    std::string line;
-    while (std::getline(stream, line))
-        if (!line.empty()) State().steps.push_back(Fields(line));
+extern "C" void RecordingEngineSetScript(const char* text) {
+    script.clear();
+    journal.clear();
+    std::stringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        std::stringstream fields(line);
+        Step step;
+        for (std::string field; std::getline(fields, field, '|');) step.push_back(field);
+        if (!step.empty()) script.push_back(step);
+    }
 }
 
-extern "C" int RecordingEngineJournal(char* buffer, int size) {
-    const std::string& journal = State().journal;
-    int length = static_cast<int>(journal.size());
-    if (buffer && size > 0) {
-        int copied = length < size - 1 ? length : size - 1;
-        std::memcpy(buffer, journal.data(), static_cast<size_t>(copied));
-        buffer[copied] = '\0';
-    }
-    return length;
-}
+extern "C" const char* RecordingEngineJournal() { return journal.c_str(); }
 
 namespace corvan {
 

@@ -3,16 +3,13 @@
 #include <gtest/gtest.h>
 
 #include "probe_server.h"
-#include "platform/clsWindowTools.h"
 #include "session_log.h"
 
 using namespace control_tests;
 
 namespace {
 
-TEST(ScriptHost, JScriptCreatesTheControlRunsMode0AndReadsUsersGroupsBack) {
-    ASSERT_TRUE(ProbeServer::Register());
-    winbench::RemoveTree("C:\\TALO");
+TEST_F(Page, JScriptCreatesTheControlRunsMode0AndReadsUsersGroupsBack) {
     winbench::ScratchFolder scratch("control-script-host");
     const std::string script = scratch.Path() + "page.js";
     winbench::WriteFileBytes(script,
@@ -38,14 +35,7 @@ TEST(ScriptHost, JScriptCreatesTheControlRunsMode0AndReadsUsersGroupsBack) {
     ASSERT_TRUE(std::regex_match(log[3], instance, number)) << log[3];
     ASSERT_TRUE(std::regex_match(log[4], thread, number)) << log[4];
     EXPECT_NE(instance[2], "0");
-
-    corvan::clsWindowTools tools;
-    std::vector<std::string> expected = ExpectedHeader(
-        {"", tools.VersionName(), tools.VersionNo(), tools.ServicePack(), tools.BuildNo(), "Dealers;Service"},
-        instance[2], thread[2]);
-    for (const std::string& line : ExpectedFooter("")) expected.push_back(line);
-    EXPECT_EQ(log, expected);
-    winbench::RemoveTree("C:\\TALO");
+    EXPECT_EQ(log, ExpectedSession("", "Dealers;Service", instance[2], thread[2]));
 }
 
 }  // namespace
