@@ -11,12 +11,11 @@ class TempFile {
 public:
     explicit TempFile(const std::vector<uint8_t>& bytes) {
         static int serial = 0;
-        std::random_device seed;
         path_ = (std::filesystem::temp_directory_path() /
-                 ("corvan-files-" + std::to_string(seed()) + "-" + std::to_string(++serial) + ".bin"))
+                 ("corvan-files-" + std::to_string(std::random_device()()) + "-" + std::to_string(++serial) + ".bin"))
                     .string();
-        std::ofstream out(path_, std::ios::binary);
-        out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        std::ofstream(path_, std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     }
     ~TempFile() {
         std::error_code ignored;

@@ -55,17 +55,14 @@ TEST(WindowTools, DISABLED_NamesTheProductFromTheOlderKey) {
 }
 
 TEST(WindowTools, ProductNameFallsBackToTheWindows98Key) {
+    const char* kOlderKey = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion";
     winbench::ScopedWindowsVersion empty("win7", "");
-    HKEY key = nullptr;
-    ASSERT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Microsoft\\Windows\\CurrentVersion", 0, nullptr, 0,
-                              KEY_SET_VALUE, nullptr, &key, nullptr),
-              ERROR_SUCCESS);
     const std::string name = "Microsoft Windows Millennium Edition   ";
-    RegSetValueExA(key, "ProductName", 0, REG_SZ, reinterpret_cast<const BYTE*>(name.c_str()),
-                   static_cast<DWORD>(name.size() + 1));
+    ASSERT_EQ(RegSetKeyValueA(HKEY_LOCAL_MACHINE, kOlderKey, "ProductName", REG_SZ, name.c_str(),
+                              static_cast<DWORD>(name.size() + 1)),
+              ERROR_SUCCESS);
     ExpectChildPasses("WindowTools.DISABLED_NamesTheProductFromTheOlderKey");
-    RegDeleteValueA(key, "ProductName");
-    RegCloseKey(key);
+    RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kOlderKey, "ProductName");
 }
 
 // Folders end in one backslash; HomeDrive always gains one; SystemDrive is
