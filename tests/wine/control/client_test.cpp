@@ -121,14 +121,11 @@ TEST_F(Page, CallsByNameDriveTheEngineAndTheServerUnloadsOnceThePageLetsGo) {
     Put(L"URL", "no slash here");
     SetScript("status|INSTALL\nInstallationStatus|Preparing\nStatusMsgChange|Opening FTP Server...\n"
               "InstallerError|something broke\nresult|True\nneed|True\n");
-    for (LONG mode : {1, 5}) {
-        VARIANT result = Run(Long(mode));
-        EXPECT_EQ(V_VT(&result), VT_BOOL) << mode;
-        EXPECT_EQ(V_BOOL(&result), VARIANT_TRUE) << mode;
-    }
-    EXPECT_EQ(Journal(), "PrepInstaller(1,False) url=https://h/a/b/\nPrepInstaller(1,False) url=https://h/a/b/\n");
-    EXPECT_EQ(sink.heard, (Texts{"2:Preparing", "1:something broke", "2:Complete", "2:Preparing",
-                                 "1:something broke", "2:Complete"}));
+    VARIANT result = Run(Long(5));
+    EXPECT_EQ(V_VT(&result), VT_BOOL);
+    EXPECT_EQ(V_BOOL(&result), VARIANT_TRUE);
+    EXPECT_EQ(Journal(), "PrepInstaller(1,False) url=https://h/a/b/\n");
+    EXPECT_EQ(sink.heard, (Texts{"2:Preparing", "1:something broke", "2:Complete"}));
     EXPECT_EQ(Get(L"Status"), "INSTALL");
 
     // A by-reference Integer from a VB page works as well as a script's Long.
@@ -136,7 +133,7 @@ TEST_F(Page, CallsByNameDriveTheEngineAndTheServerUnloadsOnceThePageLetsGo) {
     VARIANT byReference;
     V_VT(&byReference) = VT_I2 | VT_BYREF;
     V_I2REF(&byReference) = &mode;
-    VARIANT result = Run(byReference);
+    result = Run(byReference);
     EXPECT_EQ(V_VT(&result), VT_BOOL);
     EXPECT_NE(Journal().find("PrepInstaller(3,False)"), std::string::npos);
     VARIANT need = Call(control.Get(), L"NeedToInstall");

@@ -5,16 +5,14 @@
 namespace control_tests {
 
 namespace {
-
 HMODULE Probe() { return GetModuleHandleA("CorvanControlProbe.ocx"); }
+}  // namespace
 
 std::string ProbePath() {
     char path[MAX_PATH];
     std::string program(path, GetModuleFileNameA(nullptr, path, MAX_PATH));
     return program.substr(0, program.rfind('\\') + 1) + "CorvanControlProbe.ocx";
 }
-
-}  // namespace
 
 bool Regsvr32(const std::string& path, bool unregister) {
     std::string command = std::string("regsvr32.exe /s ") + (unregister ? "/u " : "") + "\"" + path + "\"";
@@ -92,25 +90,6 @@ VARIANT Long(LONG value) {
     V_VT(&v) = VT_I4;
     V_I4(&v) = value;
     return v;
-}
-
-void Page::SetUp() {
-    ASSERT_TRUE(SUCCEEDED(OleInitialize(nullptr)));
-    ASSERT_TRUE(Regsvr32(ProbePath()));
-    winbench::RemoveTree("C:\\TALO");
-    control = CreateControl();
-    ASSERT_TRUE(control);
-    SetScript("");
-    point = Advise(control.Get(), sink, cookie);
-    ASSERT_TRUE(point);
-}
-
-void Page::TearDown() {
-    if (point) point->Unadvise(cookie);
-    point = nullptr;
-    control = nullptr;
-    winbench::RemoveTree("C:\\TALO");
-    OleUninitialize();
 }
 
 void Page::Put(const wchar_t* name, const char* text) {

@@ -21,6 +21,7 @@ using corvan::com::ComPtr;
 
 // Registers, or unregisters, a server with the system's regsvr32.
 bool Regsvr32(const std::string& path, bool unregister = false);
+std::string ProbePath();  // beside this test program
 
 // The registered control, created by ProgID as a page creates it.
 ComPtr<IDispatch> CreateControl();
@@ -58,8 +59,23 @@ VARIANT Long(LONG value);
 // unregisters that must not leave later tests without a server.
 class Page : public ::testing::Test {
 protected:
-    void SetUp() override;
-    void TearDown() override;
+    void SetUp() override {
+        ASSERT_TRUE(SUCCEEDED(OleInitialize(nullptr)));
+        ASSERT_TRUE(Regsvr32(ProbePath()));
+        winbench::RemoveTree("C:\\TALO");
+        control = CreateControl();
+        ASSERT_TRUE(control);
+        SetScript("");
+        point = Advise(control.Get(), sink, cookie);
+        ASSERT_TRUE(point);
+    }
+    void TearDown() override {
+        if (point) point->Unadvise(cookie);
+        point = nullptr;
+        control = nullptr;
+        winbench::RemoveTree("C:\\TALO");
+        OleUninitialize();
+    }
 
     void Put(const wchar_t* name, const char* text);
     std::string Get(const wchar_t* name);
