@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <map>
 
 #include "transfer/transfer_texts.h"
@@ -10,22 +9,15 @@ using namespace corvan;
 namespace {
 
 std::string Err(int32_t code) {
-    return ErrorTextForCode(code, [] { return std::optional<std::string>("550 No such file\0garbage"); });
+    const std::string answer("550 No such file\0garbage", 24);
+    return ErrorTextForCode(code, [&] { return std::optional<std::string>(answer); });
 }
 
-struct Info {
-    std::string bytes;
-    static Info Number(int32_t n) {
-        Info info;
-        info.bytes.resize(4);
-        std::memcpy(info.bytes.data(), &n, 4);
-        return info;
-    }
-    static Info Text(const std::string& text) { return Info{text}; }
-};
+// Information that WinINet gives as a number: its four bytes.
+std::string Number(int32_t n) { return std::string(reinterpret_cast<const char*>(&n), sizeof n); }
 
-StatusNotice Describe(TransferCounters& counters, uint32_t code, const Info& info, double size = 0) {
-    return DescribeStatus(counters, size, code, info.bytes.data(), static_cast<uint32_t>(info.bytes.size()));
+StatusNotice Describe(TransferCounters& counters, uint32_t code, const std::string& info = "", double size = 0) {
+    return DescribeStatus(counters, size, code, info.data(), static_cast<uint32_t>(info.size()));
 }
 
 }  // namespace
@@ -79,66 +71,61 @@ TEST(TransferTexts, EveryErrorCodeFrom12000To12037) {
               "Extended error returned from server.");
 }
 
-TEST(TransferTexts, StripNull) {
-    EXPECT_EQ(StripNull(std::string("abc\0def", 7)), "abc");
-    EXPECT_EQ(StripNull("abc"), "abc");
-    EXPECT_EQ(StripNull(std::string("\0", 1)), "");
-}
-
 TEST(TransferTexts, StatusTextsAndCounters) {
     TransferCounters c;
-    EXPECT_EQ(Describe(c, 0, Info::Text(std::string("host.example\0junk", 17))).text,
-              "Looking up the IP address for host.example");
-    EXPECT_EQ(Describe(c, 1, Info::Text("127.0.0.1")).text, "Name resolved 127.0.0.1");
-    EXPECT_EQ(Describe(c, 10, Info::Text("https://b/")).text, "HTTP request redirected to https://b/");
-    EXPECT_EQ(Describe(c, 20, Info::Text("10.0.0.1")).text, "Connecting to server...10.0.0.1");
-    EXPECT_EQ(Describe(c, 21, Info::Text("10.0.0.1")).text, "Connected to 10.0.0.1");
-    EXPECT_EQ(Describe(c, 30, Info::Number(100)).text, "Sending request: 100 bytes");
-    EXPECT_EQ(Describe(c, 31, Info::Number(-5)).text, "Request sent: -5 bytes");
+    const struct { uint32_t code; std::string info; const char* text; } texts[] = {
+        {0, std::string("host.example\0junk", 17), "Looking up the IP address for host.example"},
+        {0, "", "Looking up the IP address for "},
+        {1, "127.0.0.1", "Name resolved 127.0.0.1"},
+        {10, "https://b/", "HTTP request redirected to https://b/"},
+        {20, "10.0.0.1", "Connecting to server...10.0.0.1"},
+        {21, "10.0.0.1", "Connected to 10.0.0.1"},
+        {30, Number(100), "Sending request: 100 bytes"},
+        {31, Number(-5), "Request sent: -5 bytes"},
+        {41, Number(512), "False"},
+        {50, "", "Closing connection"},
+        {51, "", "Connection closed"},
+        {60, Number(7), "Handle created: 7"},
+        {70, "", "Handle closed"},
+        {80, "", "Detecting proxy"},
+        {200, Number(40), "The request requires user input to complete."},
+        {200, Number(1), "Connected state moved between secure and nonsecure site"},
+        {200, Number(512), "Network requests are being made (by Wininet)."},
+        {200, Number(64), ""},
+        {300, Number(1), ""},
+        {42, Number(1), ""},
+    };
+    for (const auto& t : texts) {
+        StatusNotice notice = Describe(c, t.code, t.info);
+        EXPECT_EQ(notice.text, t.text) << t.code;
+        EXPECT_FALSE(notice.progress) << t.code;
+    }
     EXPECT_DOUBLE_EQ(c.pub_BytesSent, 95);
-
-    StatusNotice received = Describe(c, 41, Info::Number(512));
-    EXPECT_EQ(received.text, "False");
-    EXPECT_FALSE(received.progress);
     EXPECT_DOUBLE_EQ(c.pub_BytesRecieved, 512);
     // Added as a single-precision number.
-    Describe(c, 41, Info::Number(16777217));
+    Describe(c, 41, Number(16777217));
     EXPECT_DOUBLE_EQ(c.pub_BytesRecieved, 512 + 16777216.0);
 
-    EXPECT_EQ(Describe(c, 50, {}).text, "Closing connection");
-    EXPECT_EQ(Describe(c, 51, {}).text, "Connection closed");
-    EXPECT_EQ(Describe(c, 60, Info::Number(7)).text, "Handle created: 7");
-    EXPECT_EQ(Describe(c, 70, {}).text, "Handle closed");
-    EXPECT_EQ(Describe(c, 80, {}).text, "Detecting proxy");
-    EXPECT_EQ(Describe(c, 200, Info::Number(40)).text, "The request requires user input to complete.");
-    EXPECT_EQ(Describe(c, 200, Info::Number(1)).text, "Connected state moved between secure and nonsecure site");
-    EXPECT_EQ(Describe(c, 200, Info::Number(512)).text, "Network requests are being made (by Wininet).");
-    EXPECT_EQ(Describe(c, 200, Info::Number(64)).text, "");
-    EXPECT_EQ(Describe(c, 300, Info::Number(1)).text, "");
-    EXPECT_EQ(Describe(c, 42, Info::Number(1)).text, "");
-    EXPECT_EQ(Describe(c, 0, {}).text, "Looking up the IP address for ");
+    EXPECT_EQ(StripNull(std::string("abc\0def", 7)), "abc");
+    EXPECT_EQ(ProgressText(1024, 300), "1024 bytes of 300 bytes read ");
+    EXPECT_EQ(ProgressText(67108864, 0), "67108864 bytes of 0 bytes read ");
 }
 
 TEST(TransferTexts, DormantTransferModes) {
     TransferCounters c;
     c.transferMode = 5;
-    StatusNotice upload = Describe(c, 30, Info::Number(300), 1000);
+    StatusNotice upload = Describe(c, 30, Number(300), 1000);
     EXPECT_EQ(upload.text, "Uploading   300 of 1000");
     ASSERT_TRUE(upload.progress);
     EXPECT_EQ(*upload.progress, 0.0f);
-    upload = Describe(c, 30, Info::Number(700), 1000);
+    upload = Describe(c, 30, Number(700), 1000);
     EXPECT_EQ(*upload.progress, 1.0f);
     EXPECT_EQ(Describe(c, 70, {}).text, "Upload complete. Handle closed");
     EXPECT_EQ(c.transferMode, 0);
 
     c.transferMode = 3;
-    EXPECT_EQ(Describe(c, 41, Info::Number(10), 1000).text, "Uploading   1000 of 1000");
+    EXPECT_EQ(Describe(c, 41, Number(10), 1000).text, "Uploading   1000 of 1000");
     EXPECT_DOUBLE_EQ(c.pub_BytesRecieved, 10);
     EXPECT_EQ(Describe(c, 70, {}).text, "Download complete. Handle closed");
     EXPECT_EQ(Describe(c, 70, {}).text, "Handle closed");
-}
-
-TEST(TransferTexts, ProgressText) {
-    EXPECT_EQ(ProgressText(1024, 300), "1024 bytes of 300 bytes read ");
-    EXPECT_EQ(ProgressText(67108864, 0), "67108864 bytes of 0 bytes read ");
 }

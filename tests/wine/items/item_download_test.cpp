@@ -24,8 +24,18 @@ protected:
     void SetUp() override {
         const char* url = std::getenv("CORVAN_HTTP_URL");
         if (!url) GTEST_SKIP() << "CORVAN_HTTP_URL not set: the http fixture did not start";
-        item.Source(std::string(url) + "size/");
+        server = url;
+        item.Source(server + "size/");
     }
+    // The failure the download raises; number 0 when it raises none.
+    corvan::Failure Raised() try {
+        item.DownloadItemFile();
+        return {0, "", ""};
+    } catch (const corvan::Failure& failure) {
+        return failure;
+    }
+
+    std::string server;
     winbench::ScratchFolder folder{"item-download"};
     testing_support::ScriptedDesktop desktop;
     ItemEvents events;
@@ -64,31 +74,22 @@ TEST_F(ItemDownload, WithoutProductNameShowsTheFileAndKeepsItsName) {
     EXPECT_EQ(winbench::ReadFileBytes(folder.Path() + "300").size(), 1024u);
 }
 
-TEST_F(ItemDownload, MissingFileRaisesTheDownloadError) {
-    item.Source(item.Source().substr(0, item.Source().size() - 5) + "status/");
+TEST_F(ItemDownload, FailuresRaiseTheirErrorsAndLeaveNoFile) {
+    item.Source(server + "status/");
     item.FileName("404");
     item.InstallFolder(folder.Path());
-    try {
-        item.DownloadItemFile();
-        FAIL() << "no error raised";
-    } catch (const corvan::Failure& failure) {
-        EXPECT_EQ(failure.Number(), static_cast<int32_t>(0x80040064));
-        EXPECT_EQ(failure.Source(), "Corvan.clsInstall.PrepInstaller");
-        EXPECT_EQ(failure.Description(),
-                  "Could not locate '404' on remote host.\r\nPlease contact the help desk for farther assistance.");
-    }
+    const corvan::Failure missing = Raised();
+    EXPECT_EQ(missing.Number(), static_cast<int32_t>(0x80040064));
+    EXPECT_EQ(missing.Source(), "Corvan.clsInstall.PrepInstaller");
+    EXPECT_EQ(missing.Description(),
+              "Could not locate '404' on remote host.\r\nPlease contact the help desk for farther assistance.");
     EXPECT_FALSE(winbench::FileExists(folder.Path() + "404"));
-}
 
-TEST_F(ItemDownload, FolderThatCannotBeMadeRaisesTheFileSystemError) {
+    // A folder that cannot be made raises the file system's error.
     winbench::WriteFileBytes(folder.Path() + "plain.txt", "x");
+    item.Source(server + "size/");
     item.FileName("300");
     item.InstallFolder(folder.Path() + "plain.txt\\sub");
-    try {
-        item.DownloadItemFile();
-        FAIL() << "no error raised";
-    } catch (const corvan::Failure& failure) {
-        EXPECT_EQ(failure.Number(), 76);
-    }
+    EXPECT_EQ(Raised().Number(), 76);
     EXPECT_FALSE(winbench::FileExists(folder.Path() + "plain.txt\\sub\\300"));
 }

@@ -1,4 +1,5 @@
 #pragma once
+#include <cstdlib>
 #include <string>
 #include <utility>
 #include <vector>
@@ -7,18 +8,21 @@
 
 namespace transfer_tests {
 
-// The address of the test server the fixture started; the case is skipped
-// with a clear message when the fixture did not run.
-std::string ServerUrl(const char* variable = "CORVAN_HTTP_URL");
+// The address the http fixture gave in `variable`; empty when it did not run.
+inline std::string ServerUrl(const char* variable = "CORVAN_HTTP_URL") {
+    const char* url = std::getenv(variable);
+    return url ? url : "";
+}
 
 // The bytes the test server sends at offsets [0, n).
-std::string PatternBytes(size_t n);
+inline std::string PatternBytes(size_t n) {
+    std::string bytes(n, '\0');
+    for (size_t i = 0; i < n; ++i) bytes[i] = static_cast<char>(1 + i % 251);
+    return bytes;
+}
 
-struct Progress {
-    float percent;
-    std::string text;
-    bool operator==(const Progress& other) const { return percent == other.percent && text == other.text; }
-};
+// A FileProgress event: the fraction and the text.
+using Progress = std::pair<float, std::string>;
 
 // Records every event of a session.
 class EventLog : public corvan::clsFTPEvents {
