@@ -14,6 +14,10 @@ void WindowsDesktop::SetMousePointer(int pointer) {
 }
 
 void WindowsDesktop::DoEvents() {
+    // Messages that arrive between two pumps wait at most one interval, which
+    // the page cannot tell from a pump after every block.
+    unsigned long long now = GetTickCount64();
+    if (pumpedOnce_ && now - lastPump_ < kPumpIntervalMs) return;
     MSG message;
     while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
         if (message.message == WM_QUIT) {
@@ -24,6 +28,8 @@ void WindowsDesktop::DoEvents() {
         TranslateMessage(&message);
         DispatchMessageA(&message);
     }
+    pumpedOnce_ = true;
+    lastPump_ = GetTickCount64();
 }
 
 }  // namespace corvan

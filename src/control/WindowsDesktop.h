@@ -10,6 +10,13 @@ public:
     int MsgBox(const std::string& text, int style, const std::string& title) override;
     void SetMousePointer(int pointer) override;
     void DoEvents() override;
+
+private:
+    // A download or a checksum asks after every block, tens of thousands of
+    // times a second; the page needs its messages far less often than that.
+    static constexpr unsigned long long kPumpIntervalMs = 10;
+    unsigned long long lastPump_ = 0;
+    bool pumpedOnce_ = false;
 };
 
 }  // namespace corvan

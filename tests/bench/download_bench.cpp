@@ -10,23 +10,17 @@
 
 #include <windows.h>
 
+#include "control/WindowsDesktop.h"
 #include "transfer/clsFTP.h"
 
 namespace {
 
-// Lets pending messages run as the control's desktop does.
-class PumpingDesktop : public corvan::Desktop {
+// The control's own desktop, counted; "nopump" leaves the pump out.
+class PumpingDesktop : public corvan::WindowsDesktop {
 public:
-    int MsgBox(const std::string&, int, const std::string&) override { return 1; }
-    void SetMousePointer(int) override {}
     void DoEvents() override {
         ++pumps;
-        if (!pump) return;
-        MSG message;
-        while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&message);
-            DispatchMessageA(&message);
-        }
+        if (pump) WindowsDesktop::DoEvents();
     }
     bool pump = true;
     long pumps = 0;
