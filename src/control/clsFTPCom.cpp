@@ -27,51 +27,6 @@ HRESULT PutValue(T* out, T value) {
 
 }  // namespace
 
-clsFTPEventPoint::~clsFTPEventPoint() { Clear(); }
-
-void clsFTPEventPoint::Clear() {
-    std::map<DWORD, IDispatch*> sinks;
-    sinks.swap(sinks_);
-    for (auto& [cookie, sink] : sinks) sink->Release();
-}
-
-STDMETHODIMP clsFTPEventPoint::Advise(IUnknown* sink, DWORD* cookie) {
-    HRESULT hr = ConnectionPoint::Advise(sink, cookie);
-    if (FAILED(hr)) return hr;
-    IDispatch* dispatch = nullptr;
-    if (FAILED(sink->QueryInterface(DIID___clsFTP, reinterpret_cast<void**>(&dispatch))) &&
-        FAILED(sink->QueryInterface(IID_IDispatch, reinterpret_cast<void**>(&dispatch)))) {
-        ConnectionPoint::Unadvise(*cookie);
-        return CONNECT_E_CANNOTCONNECT;
-    }
-    sinks_[*cookie] = dispatch;
-    return S_OK;
-}
-
-STDMETHODIMP clsFTPEventPoint::Unadvise(DWORD cookie) {
-    HRESULT hr = ConnectionPoint::Unadvise(cookie);
-    auto found = sinks_.find(cookie);
-    if (found != sinks_.end()) {
-        IDispatch* sink = found->second;
-        sinks_.erase(found);
-        sink->Release();
-    }
-    return hr;
-}
-
-void clsFTPEventPoint::Call(DISPID dispid, DISPPARAMS& params) {
-    // A sink may unadvise, or advise another, while it handles the event.
-    std::vector<IDispatch*> sinks;
-    for (auto& [cookie, sink] : sinks_) {
-        sink->AddRef();
-        sinks.push_back(sink);
-    }
-    for (IDispatch* sink : sinks) {
-        sink->Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &params, nullptr, nullptr, nullptr);
-        sink->Release();
-    }
-}
-
 void clsFTPEventPoint::FireFileProgress(float percent, const std::string& status) {
     Bstr text(status);
     VARIANT arguments[2];  // last argument first
@@ -82,7 +37,7 @@ void clsFTPEventPoint::FireFileProgress(float percent, const std::string& status
     V_VT(&arguments[1]) = VT_R4;
     V_R4(&arguments[1]) = percent;
     DISPPARAMS params = {arguments, nullptr, 2, 0};
-    Call(1, params);
+    Invoke(1, params);
 }
 
 std::string clsFTPEventPoint::FireStatusChange(const std::string& status, int32_t code) {
@@ -96,7 +51,7 @@ std::string clsFTPEventPoint::FireStatusChange(const std::string& status, int32_
     V_VT(&arguments[1]) = VT_BSTR | VT_BYREF;
     V_BSTRREF(&arguments[1]) = &shared;
     DISPPARAMS params = {arguments, nullptr, 2, 0};
-    Call(2, params);
+    Invoke(2, params);
     // A sink that changed the text freed the old one and left a new one.
     std::string result = FromBstr(shared);
     if (shared != text.Get()) {

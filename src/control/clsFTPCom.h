@@ -1,5 +1,4 @@
 #pragma once
-#include <map>
 
 #include <windows.h>
 #include <ocidl.h>
@@ -13,24 +12,15 @@
 
 namespace corvan::com {
 
-// The connection point of the session's two events. Its events carry a
-// number beside the text, so it keeps its own list of the sinks to call.
+// The connection point of the session's two events, whose arguments are a
+// number and a text.
 class clsFTPEventPoint : public ConnectionPoint {
 public:
     using ConnectionPoint::ConnectionPoint;
-    ~clsFTPEventPoint();
 
     void FireFileProgress(float percent, const std::string& status);
     // Returns the text as the sinks left it.
     std::string FireStatusChange(const std::string& status, int32_t code);
-    void Clear();
-
-    STDMETHODIMP Advise(IUnknown* sink, DWORD* cookie) override;
-    STDMETHODIMP Unadvise(DWORD cookie) override;
-
-private:
-    void Call(DISPID dispid, DISPPARAMS& params);
-    std::map<DWORD, IDispatch*> sinks_;
 };
 
 // The COM object scripts create as CorvanInstaller.clsFTP.

@@ -17,6 +17,19 @@ void ConnectionPoint::UnadviseAll() {
     for (auto& [cookie, sink] : sinks) sink->Release();
 }
 
+void ConnectionPoint::Invoke(DISPID dispid, DISPPARAMS& params) {
+    // A sink may unadvise, or advise another, while it handles the event.
+    std::vector<IDispatch*> sinks;
+    for (auto& [cookie, sink] : sinks_) {
+        sink->AddRef();
+        sinks.push_back(sink);
+    }
+    for (IDispatch* sink : sinks) {
+        sink->Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &params, nullptr, nullptr, nullptr);
+        sink->Release();
+    }
+}
+
 void ConnectionPoint::Fire(DISPID dispid, BSTR text) {
     // A sink may unadvise, or advise another, while it handles the event.
     std::vector<IDispatch*> sinks;

@@ -18,8 +18,11 @@ public:
     ConnectionPoint(const ConnectionPoint&) = delete;
     ConnectionPoint& operator=(const ConnectionPoint&) = delete;
 
-    // Calls `dispid` on every sink with one by-reference text argument.
+    // Calls `dispid` on every sink with one by-reference text argument; each
+    // sink gets its own copy of the text.
     void Fire(DISPID dispid, BSTR text);
+    // Calls `dispid` on every sink with the same arguments.
+    void Invoke(DISPID dispid, DISPPARAMS& params);
     size_t SinkCount() const { return sinks_.size(); }
     // Drops every sink; the container does this when it is closed.
     void UnadviseAll();

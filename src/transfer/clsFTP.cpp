@@ -46,13 +46,12 @@ clsFTP::clsFTP(Desktop* desktop, clsFTPEvents* listener)
       listener_(listener),
       session_(InternetOpenA(kTransferAgent, INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, kDontCache)) {}
 
-// Closing the session closes the connection of OpenFTP with it.
 clsFTP::~clsFTP() = default;
 
 bool clsFTP::OpenFTP(const std::string& FTarget, const std::string& Login, const std::string& Password) {
-    connection_ = InternetConnectA(session_.Get(), FTarget.c_str(), static_cast<INTERNET_PORT>(Port()), Login.c_str(),
-                                   Password.c_str(), static_cast<DWORD>(protocal_), 0, 0);
-    return connection_ != nullptr;
+    connection_.Reset(InternetConnectA(session_.Get(), FTarget.c_str(), static_cast<INTERNET_PORT>(Port()),
+                                       Login.c_str(), Password.c_str(), static_cast<DWORD>(protocal_), 0, 0));
+    return connection_.Valid();
 }
 
 int32_t clsFTP::Port() {
@@ -61,7 +60,7 @@ int32_t clsFTP::Port() {
 }
 
 int32_t clsFTP::InternetHandle() const {
-    return static_cast<int32_t>(reinterpret_cast<intptr_t>(connection_));
+    return static_cast<int32_t>(reinterpret_cast<intptr_t>(connection_.Get()));
 }
 
 unique_hinternet clsFTP::OpenRequest(const std::string& URL) {

@@ -91,7 +91,7 @@ private:
     Desktop* desktop_;
     clsFTPEvents* listener_;
     unique_hinternet session_;
-    HINTERNET connection_ = nullptr;
+    unique_hinternet connection_;  // closed before the session it belongs to
     int32_t protocal_ = 0;
     int32_t port_ = 0;
     std::string login_, password_;
