@@ -6,6 +6,7 @@
 #include "common/text.h"
 #include "common/this_module.h"
 #include "corvan/build_config.h"
+#include "files/win_errors.h"
 #include "logging/modTrace.h"
 #include "logging/write_log.h"
 #include "platform/clsWindowTools.h"
@@ -34,7 +35,7 @@ bool FolderExists(const std::string& path) {
 
 void MakeFolder(const std::string& path) {
     if (!CreateDirectoryA(path.c_str(), nullptr) && GetLastError() != ERROR_ALREADY_EXISTS)
-        throw RuntimeError(error::kPathFileAccessError, CORVAN_BASE_NAME);
+        throw FileFailure(GetLastError(), CORVAN_BASE_NAME);
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ void WindowsDesktop::DoEvents() {
     // Messages that arrive between two pumps wait at most one interval, which
     // the page cannot tell from a pump after every block.
     unsigned long long now = GetTickCount64();
-    if (pumpedOnce_ && now - lastPump_ < kPumpIntervalMs) return;
+    if (lastPump_ != 0 && now - lastPump_ < kPumpIntervalMs) return;
     MSG message;
     while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
         if (message.message == WM_QUIT) {
@@ -28,7 +28,6 @@ void WindowsDesktop::DoEvents() {
         TranslateMessage(&message);
         DispatchMessageA(&message);
     }
-    pumpedOnce_ = true;
     lastPump_ = GetTickCount64();
 }
 

@@ -15,8 +15,7 @@ private:
     // A download or a checksum asks after every block, tens of thousands of
     // times a second; the page needs its messages far less often than that.
     static constexpr unsigned long long kPumpIntervalMs = 10;
-    unsigned long long lastPump_ = 0;
-    bool pumpedOnce_ = false;
+    unsigned long long lastPump_ = 0;  // 0: never pumped yet
 };
 
 }  // namespace corvan
