@@ -6,6 +6,7 @@
 #include "common/failure.h"
 #include "common/keyed_collection.h"
 #include "common/text.h"
+#include "raised.h"
 
 using namespace corvan;
 
@@ -35,12 +36,7 @@ TEST(KeyedCollection, KeepsInsertionOrderAndFindsKeysWithoutCase) {
 TEST(KeyedCollection, DuplicateAndMissingKeysFailWithTheRuntimeNumbers) {
     KeyedCollection<std::string> items;
     items.Add("ROOT", "c:\\TALO\\");
-    try {
-        items.Add("root", "other");
-        FAIL() << "duplicate accepted";
-    } catch (const Failure& failure) {
-        EXPECT_EQ(failure.Number(), 457);
-    }
+    EXPECT_EQ(testing_support::Raised([&] { items.Add("root", "other"); }).Number(), 457);
     EXPECT_EQ(items.Item("Root"), "c:\\TALO\\");
     EXPECT_THROW(items.Item("nothing"), Failure);
     EXPECT_THROW(items.Remove("nothing"), Failure);

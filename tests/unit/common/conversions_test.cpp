@@ -2,17 +2,15 @@
 
 #include "common/conversions.h"
 #include "common/failure.h"
+#include "raised.h"
 
 using namespace corvan;
+using testing_support::Raised;
 
 namespace {
-int32_t FailureNumber(void (*call)()) {
-    try {
-        call();
-    } catch (const Failure& failure) {
-        return failure.Number();
-    }
-    return 0;
+template <typename Call>
+int32_t FailureNumber(Call&& call) {
+    return Raised(call).Number();
 }
 }  // namespace
 
@@ -79,12 +77,7 @@ TEST(StrictInteger, AcceptsNumbersWithBlanksAndRoundsHalvesToEven) {
 
 TEST(StrictInteger, RefusesWhatIsNotANumberOrDoesNotFit) {
     for (const char* bad : {"", "   ", "abc", "12abc", "1 2", "0x10", "-", ".", "1e", "&H", "&HZ", "&Q1"}) {
-        try {
-            StrictInteger(bad);
-            ADD_FAILURE() << "accepted '" << bad << "'";
-        } catch (const Failure& failure) {
-            EXPECT_EQ(failure.Number(), error::kTypeMismatch) << bad;
-        }
+        EXPECT_EQ(FailureNumber([&] { StrictInteger(bad); }), error::kTypeMismatch) << bad;
     }
     EXPECT_EQ(FailureNumber([] { StrictInteger("32768"); }), error::kOverflow);
     EXPECT_EQ(FailureNumber([] { StrictInteger("-32768.6"); }), error::kOverflow);
@@ -105,12 +98,7 @@ TEST(StrictBoolean, WordsInAnyCaseOrNumbers) {
     EXPECT_TRUE(StrictBoolean(" 0.5 "));
     EXPECT_FALSE(StrictBoolean("0"));
     for (const char* bad : {"yes", "", "Tru", "T", "1x"}) {
-        try {
-            StrictBoolean(bad);
-            ADD_FAILURE() << "accepted '" << bad << "'";
-        } catch (const Failure& failure) {
-            EXPECT_EQ(failure.Number(), error::kTypeMismatch);
-        }
+        EXPECT_EQ(FailureNumber([&] { StrictBoolean(bad); }), error::kTypeMismatch) << bad;
     }
 }
 

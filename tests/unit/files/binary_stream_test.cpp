@@ -6,6 +6,7 @@
 
 #include "common/failure.h"
 #include "files/cBinaryFileStream.h"
+#include "raised.h"
 #include "temp_file.h"
 
 using corvan::cBinaryFileStream;
@@ -38,14 +39,10 @@ TEST(BinaryFileStream, MissingFileRaises53AndKeepsLength) {
     cBinaryFileStream stream;
     stream.File(file.Path());
     const std::string missing = (std::filesystem::temp_directory_path() / "corvan-missing-file.bin").string();
-    try {
-        stream.File(missing);
-        FAIL() << "no error";
-    } catch (const Failure& f) {
-        EXPECT_EQ(f.Number(), 53);
-        EXPECT_EQ(f.Source(), "CorvanInstaller.File");
-        EXPECT_EQ(f.Description(), "File not found");
-    }
+    const Failure f = testing_support::Raised([&] { stream.File(missing); });
+    EXPECT_EQ(f.Number(), 53);
+    EXPECT_EQ(f.Source(), "CorvanInstaller.File");
+    EXPECT_EQ(f.Description(), "File not found");
     EXPECT_FALSE(stream.IsOpen()) << "the first file was closed before the look-up";
     EXPECT_EQ(stream.Length(), 300);
 

@@ -2,6 +2,7 @@
 
 #include "platform/guid_text.h"
 #include "platform/reg_types.h"
+#include "raised.h"
 
 using namespace corvan;
 using namespace corvan::reg;
@@ -53,19 +54,10 @@ TEST(RegistryTypes, AGivenTypeThatDoesNotFitTheValue) {
     const RegWrite none = PlanRegWriteAs(kRegDwordBigEndian, RegVariant::String("7"));
     EXPECT_EQ(none.status, 0);
     EXPECT_FALSE(none.write);
-    try {
-        PlanRegWriteAs(kRegBinary, RegVariant::String("abc"));
-        FAIL() << "text accepted as binary";
-    } catch (const Failure& f) {
-        EXPECT_EQ(f.Number(), 26001);
-    }
-    try {
-        PlanRegWrite(RegVariant::Bytes({}));
-        FAIL() << "empty array written";
-    } catch (const Failure& f) {
-        EXPECT_EQ(f.Number(), 9);
-        EXPECT_EQ(f.Description(), "Subscript out of range");
-    }
+    EXPECT_EQ(testing_support::Raised([] { PlanRegWriteAs(kRegBinary, RegVariant::String("abc")); }).Number(), 26001);
+    const Failure empty = testing_support::Raised([] { PlanRegWrite(RegVariant::Bytes({})); });
+    EXPECT_EQ(empty.Number(), 9);
+    EXPECT_EQ(empty.Description(), "Subscript out of range");
 }
 
 TEST(RegistryTypes, SwapEndianReversesTheFourBytes) {

@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include "common/failure.h"
+#include "raised.h"
 
 namespace files_tests {
 
@@ -16,16 +17,6 @@ inline std::string ChildPath() {
     return path.substr(0, path.find_last_of('\\') + 1) + "files_child.exe";
 }
 
-// The Failure that `action` raises; a test failure when it raises none.
-template <typename Action>
-corvan::Failure Raised(Action&& action) {
-    try {
-        action();
-    } catch (const corvan::Failure& failure) {
-        return failure;
-    }
-    ADD_FAILURE() << "no error raised";
-    return corvan::Failure(0, "", "");
-}
+using testing_support::Raised;
 
 }  // namespace files_tests

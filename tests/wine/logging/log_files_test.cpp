@@ -5,6 +5,7 @@
 
 #include "common/failure.h"
 #include "logging/write_log.h"
+#include "raised.h"
 #include "wine_bench.h"
 
 using namespace corvan;
@@ -61,13 +62,10 @@ TEST(InstallLog, BlankNamesWriteTheDefaultFile) {
 
 TEST(InstallLog, AFolderThatCannotBeOpenedRaisesThePathError) {
     clsLog log;
-    try {
-        log.OpenLogFile("SC_Install.log", "C:\\no\\such\\folder\\", true);
-        FAIL() << "opened a file in a missing folder";
-    } catch (const Failure& failure) {
-        EXPECT_EQ(failure.Number(), 76);
-        EXPECT_EQ(failure.Description(), "Path not found");
-    }
+    const Failure failure =
+        testing_support::Raised([&] { log.OpenLogFile("SC_Install.log", "C:\\no\\such\\folder\\", true); });
+    EXPECT_EQ(failure.Number(), 76);
+    EXPECT_EQ(failure.Description(), "Path not found");
     EXPECT_EQ(log.FileStatus(), "CLOSED");
 }
 
@@ -76,12 +74,7 @@ TEST(InstallLog, TheGlobalRoutineRaisesAFailedOpenToItsCaller) {
     DeleteFileA(kDefaultLog);
     ASSERT_TRUE(CreateDirectoryA(kDefaultLog, nullptr));
     GlobalLog().CloseLogFile();
-    try {
-        WriteLog("lost");
-        ADD_FAILURE() << "the write succeeded";
-    } catch (const Failure& failure) {
-        EXPECT_NE(failure.Number(), 0);
-    }
+    EXPECT_NE(testing_support::Raised([] { WriteLog("lost"); }).Number(), 0);
     EXPECT_EQ(GlobalLog().FileStatus(), "CLOSED");
     RemoveDirectoryA(kDefaultLog);
     WriteLog("written");

@@ -4,6 +4,7 @@
 
 #include "common/failure.h"
 #include "platform/clsRegistry.h"
+#include "raised.h"
 
 using namespace corvan;
 
@@ -71,14 +72,11 @@ TEST_F(RegistryTest, SetRegValueChoosesTheTypeFromTheValue) {
 }
 
 TEST_F(RegistryTest, SetRegValueReRaisesWithItsCallInTheSource) {
-    try {
-        registry.SetRegValue(kCurrentUser, kKey, "Empty", RegVariant::Bytes({}), RegVariant::Integer(3));
-        FAIL() << "an empty byte array was written";
-    } catch (const Failure& f) {
-        EXPECT_EQ(f.Number(), 9);
-        EXPECT_EQ(f.Description(), "Subscript out of range");
-        EXPECT_EQ(f.Source(), "CorvanInstaller - clsRegistry.SetRegValue(-2147483647," + kKey + ",Empty,,[3]");
-    }
+    const Failure f = testing_support::Raised(
+        [&] { registry.SetRegValue(kCurrentUser, kKey, "Empty", RegVariant::Bytes({}), RegVariant::Integer(3)); });
+    EXPECT_EQ(f.Number(), 9);
+    EXPECT_EQ(f.Description(), "Subscript out of range");
+    EXPECT_EQ(f.Source(), "CorvanInstaller - clsRegistry.SetRegValue(-2147483647," + kKey + ",Empty,,[3]");
     EXPECT_EQ(ReadRaw("Empty").status, ERROR_FILE_NOT_FOUND);
 }
 
