@@ -12,8 +12,8 @@
 #include <cstring>
 
 #include "control/CorvanInstaller_h.h"
-#include "control/bstr_text.h"
 #include "control/com_ptr.h"
+#include "dispatch_sink.h"
 #include "platform/reg_variant.h"
 #include "scripted_desktop.h"
 #include "security/registry_line.h"
@@ -174,51 +174,21 @@ TEST_F(SecurityComClass, ScriptHostWritesTheTrustSettings) {
     EXPECT_EQ(ReadValue(HKEY_LOCAL_MACHINE, kPolicy, "AlwaysInstallElevated"), RegVariant::Long(1));
 }
 
-namespace {
-
-// Keeps the text of every StatusMessageChange it hears.
-class StatusSink : public IDispatch {
-public:
-    std::vector<std::string> messages;
-
-    STDMETHODIMP QueryInterface(REFIID riid, void** out) override {
-        const bool known = IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IDispatch) ||
-                           IsEqualIID(riid, DIID___clsCorvanSecurity);
-        *out = known ? this : nullptr;
-        return known ? S_OK : E_NOINTERFACE;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
-    STDMETHODIMP GetTypeInfoCount(UINT* count) override { *count = 0; return S_OK; }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* params, VARIANT*, EXCEPINFO*, UINT*) override {
-        const VARIANT& message = params->rgvarg[0];
-        if (id == 1 && params->cArgs == 1 && V_VT(&message) == (VT_BSTR | VT_BYREF))
-            messages.push_back(corvan::com::FromBstr(*V_BSTRREF(&message)));
-        else
-            messages.push_back("unexpected call " + std::to_string(id));
-        return S_OK;
-    }
-};
-
-}  // namespace
-
 // Its one event reaches a connected sink; a browser finds nothing that
 // would let a page use it.
 TEST_F(SecurityComClass, RaisesEachStatusToASinkAndIsNotSafeForScripting) {
-    StatusSink sink;  // outlives every reference the object may hold to it
+    testing_support::DispatchSink sink(DIID___clsCorvanSecurity);  // outlives every reference the object may hold to it
     CLSID clsid;
     ASSERT_EQ(CLSIDFromProgID(L"CorvanInstaller.clsCorvanSecurity", &clsid), S_OK);
     ComPtr<_clsCorvanSecurity> object;
     ASSERT_EQ(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID__clsCorvanSecurity, object.PutVoid()), S_OK);
     EXPECT_FALSE(object.As<IObjectSafety>(IID_IObjectSafety));
-    HKEY category = nullptr;
-    EXPECT_NE(RegOpenKeyExA(HKEY_CLASSES_ROOT,
-                            "CLSID\\{8DAC6D40-F9EF-4F3C-BAB4-8B139F43785A}\\Implemented Categories\\"
-                            "{7DD95801-9882-11CF-9FA9-00AA006C42C4}",
-                            0, KEY_READ, &category),
-              ERROR_SUCCESS);
+    wchar_t clsidText[40] = {};
+    StringFromGUID2(clsid, clsidText, 40);
+    const std::wstring category = std::wstring(L"CLSID\\") + clsidText +
+                                  L"\\Implemented Categories\\{7DD95801-9882-11CF-9FA9-00AA006C42C4}";
+    HKEY key = nullptr;
+    EXPECT_EQ(RegOpenKeyExW(HKEY_CLASSES_ROOT, category.c_str(), 0, KEY_READ, &key), ERROR_FILE_NOT_FOUND);
 
     auto container = object.As<IConnectionPointContainer>(IID_IConnectionPointContainer);
     ASSERT_TRUE(container);
@@ -229,7 +199,7 @@ TEST_F(SecurityComClass, RaisesEachStatusToASinkAndIsNotSafeForScripting) {
     EXPECT_EQ(object->SetRegistryTrustConfig(), S_OK);
     EXPECT_EQ(point->Unadvise(cookie), S_OK);
 
-    ASSERT_EQ(sink.messages.size(), 154u);
-    EXPECT_EQ(sink.messages[0], "Updating:  AlwaysInstallElevated\\ 1 - Success");
-    EXPECT_EQ(sink.messages[153], "Registry Edit Complete.");
+    ASSERT_EQ(sink.calls.size(), 154u);
+    EXPECT_EQ(sink.calls[0], "1 BSTR&:Updating:  AlwaysInstallElevated\\ 1 - Success");
+    EXPECT_EQ(sink.calls[153], "1 BSTR&:Registry Edit Complete.");
 }
