@@ -1,5 +1,6 @@
 #include "transfer/block_reader.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace corvan {
@@ -13,8 +14,15 @@ BlockReader::BlockReader(HINTERNET request, DWORD blockSize)
 
 bool BlockReader::Refill() {
     start_ = end_ = 0;
+    // A synchronous read waits until it has all it asked for: on a slow line
+    // a large piece would hold every block, its event and its pump, for many
+    // seconds. So only what has arrived is read (waiting, if nothing has,
+    // until something does), up to the piece's size.
+    DWORD available = 0;
+    if (!InternetQueryDataAvailable(request_, &available, 0, 0)) return false;
+    const DWORD want = available == 0 ? blockSize_ : std::min(available, static_cast<DWORD>(buffer_.size()));
     DWORD got = 0;
-    if (!InternetReadFile(request_, buffer_.data(), static_cast<DWORD>(buffer_.size()), &got)) return false;
+    if (!InternetReadFile(request_, buffer_.data(), want, &got)) return false;
     if (got == 0) ended_ = true;
     end_ = got;
     return true;

@@ -7,9 +7,10 @@
 namespace corvan {
 
 // Hands out a response body in blocks of a fixed size. WinINet is asked for
-// large pieces, since each call costs far more than the copy, but the blocks
-// are exactly those a reader of `blockSize` bytes at a time would see: full
-// ones until the body ends, then the short rest, then empty ones.
+// all that has arrived, up to a large piece, since each call costs far more
+// than the copy, but the blocks are exactly those a reader of `blockSize`
+// bytes at a time would see: full ones until the body ends, then the short
+// rest, then empty ones. A block is handed out as soon as its bytes are in.
 class BlockReader {
 public:
     BlockReader(HINTERNET request, DWORD blockSize);

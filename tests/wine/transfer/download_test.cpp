@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 
 #include "scripted_desktop.h"
@@ -12,14 +13,27 @@ using corvan::clsFTP;
 
 namespace {
 
-// Counts the message pumps, and how many of them came while the session
-// said it was busy.
+using Clock = std::chrono::steady_clock;
+
+// Counts the message pumps, how many of them came while the session said it
+// was busy, and when each came.
 struct WatchingDesktop : testing_support::ScriptedDesktop {
     clsFTP* ftp = nullptr;
     int busy = 0;
+    std::vector<Clock::time_point> times;
     void DoEvents() override {
         ScriptedDesktop::DoEvents();
         busy += ftp->StillExecuting() ? 1 : 0;
+        times.push_back(Clock::now());
+    }
+};
+
+// Keeps when each progress event came.
+struct TimedEvents : EventLog {
+    std::vector<Clock::time_point> times;
+    void FileProgress(float Percent, const std::string& status) override {
+        EventLog::FileProgress(Percent, status);
+        times.push_back(Clock::now());
     }
 };
 
@@ -43,7 +57,7 @@ protected:
     std::string base;
     winbench::ScratchFolder folder{"transfer-download"};
     WatchingDesktop desktop;
-    EventLog events;
+    TimedEvents events;
     clsFTP ftp{&desktop, &events};
 };
 
@@ -128,6 +142,23 @@ TEST_F(Download, SlowBodyLetsMessagesRunAfterEveryBlockWhileBusy) {
     EXPECT_EQ(desktop.busy, 10);
     EXPECT_EQ(events.progress.size(), 12u);
     EXPECT_FALSE(ftp.StillExecuting());
+}
+
+// On a modem line each block is handed out as it arrives, with its event
+// and its pump, rather than when a large read has filled up: ten pieces come
+// a second apart, and so do the pumps.
+TEST_F(Download, ASlowLineHandsOutEachBlockAsItArrives) {
+    const Clock::time_point start = Clock::now();
+    ASSERT_TRUE(ftp.DownloadFile(base + "paced/10240/1000", Target()));
+    EXPECT_EQ(winbench::ReadFileBytes(Target()), PatternBytes(10240));
+    auto seconds = [&](Clock::time_point t) { return std::chrono::duration<double>(t - start).count(); };
+    ASSERT_EQ(events.times.size(), 12u);
+    EXPECT_GT(seconds(events.times[0]), 0.5);
+    EXPECT_LT(seconds(events.times[0]), 2.5) << "the first block waited for the rest";
+    // A pump after each of blocks 2 to 10, each piece's second after the one before.
+    ASSERT_EQ(desktop.times.size(), 10u);
+    for (size_t i = 1; i < 9; ++i)
+        EXPECT_GT(std::chrono::duration<double>(desktop.times[i] - desktop.times[i - 1]).count(), 0.5) << "pump " << i;
 }
 
 TEST_F(Download, OpenUrlGivesTheBlocksAsText) {
