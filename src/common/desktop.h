@@ -21,6 +21,11 @@ public:
 
     // Lets pending window messages run (the runtime's DoEvents).
     virtual void DoEvents() = 0;
+
+    // The same after one block of a download or a checksum, which comes tens
+    // of thousands of times a second: a desktop may skip it when it pumped
+    // a moment ago. Every other yield uses DoEvents and always pumps.
+    virtual void DoEventsAfterBlock() { DoEvents(); }
 };
 
 // The runtime's message-box constants.

@@ -13,11 +13,15 @@ void WindowsDesktop::SetMousePointer(int pointer) {
     SetCursor(LoadCursorA(nullptr, shape));
 }
 
-void WindowsDesktop::DoEvents() {
+void WindowsDesktop::DoEventsAfterBlock() {
     // Messages that arrive between two pumps wait at most one interval, which
     // the page cannot tell from a pump after every block.
     unsigned long long now = GetTickCount64();
     if (lastPump_ != 0 && now - lastPump_ < kPumpIntervalMs) return;
+    DoEvents();
+}
+
+void WindowsDesktop::DoEvents() {
     MSG message;
     while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
         if (message.message == WM_QUIT) {

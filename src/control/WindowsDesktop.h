@@ -10,6 +10,8 @@ public:
     int MsgBox(const std::string& text, int style, const std::string& title) override;
     void SetMousePointer(int pointer) override;
     void DoEvents() override;
+    // Skipped when the last pump is less than 10 ms ago.
+    void DoEventsAfterBlock() override;
 
 private:
     // A download or a checksum asks after every block, tens of thousands of

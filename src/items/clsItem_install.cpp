@@ -83,7 +83,7 @@ private:
 void clsItem::CRCProgress(int16_t& Percent) {
     // The checksum counts in percent; the item's progress is a fraction.
     if (listener_) listener_->FileDownloadProgress(static_cast<float>(Percent) / 100.0f, "CRC Calculation Progress:");
-    desktop_.DoEvents();
+    desktop_.DoEventsAfterBlock();
 }
 
 clsFolderIO& clsItem::FolderIO() {

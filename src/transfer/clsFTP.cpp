@@ -85,7 +85,7 @@ void clsFTP::ReportBlock(double total) {
 }
 
 void clsFTP::LetMessagesRun() {
-    if (desktop_) desktop_->DoEvents();
+    if (desktop_) desktop_->DoEventsAfterBlock();
 }
 
 bool clsFTP::DownloadFile(const std::string& URL, const std::string& Destination) {

@@ -18,9 +18,9 @@ namespace {
 // The control's own desktop, counted; "nopump" leaves the pump out.
 class PumpingDesktop : public corvan::WindowsDesktop {
 public:
-    void DoEvents() override {
+    void DoEventsAfterBlock() override {
         ++pumps;
-        if (pump) WindowsDesktop::DoEvents();
+        if (pump) WindowsDesktop::DoEventsAfterBlock();
     }
     bool pump = true;
     long pumps = 0;
