@@ -1,4 +1,5 @@
 #pragma once
+#include <mutex>
 #include <string>
 
 #include <windows.h>
@@ -7,12 +8,13 @@ namespace corvan {
 
 // The report of what the control did in this process, one dated line per
 // engine status, engine error and NeedToInstall answer, oldest first. Its
-// window shows this text; the report is never written to disk.
+// window shows this text; the report is never written to disk. Controls on
+// several threads of the process share it: the text is kept under a lock.
 class StatusReport {
 public:
     // Appends "mm/dd/yyyy - hh:mm:ss : " + message + CR LF.
     void Append(const std::string& message);
-    const std::string& Text() const { return text_; }
+    std::string Text() const;
 
     // Asks for the report to be shown, owned by `owner` when there is one.
     void Display(bool show, HWND owner);
@@ -20,6 +22,7 @@ public:
     HWND Owner() const { return owner_; }
 
 private:
+    mutable std::mutex mutex_;
     std::string text_;
     bool shown_ = false;
     HWND owner_ = nullptr;

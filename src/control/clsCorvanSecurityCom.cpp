@@ -30,7 +30,7 @@ STDMETHODIMP clsCorvanSecurityCom::SetXPSP2SecurityConfig() {
         // client's root folder; once the control has loaded the settings
         // (and the page's URL replaced one of them) they are left alone.
         InstallerSettings& settings = modCorvanInstaller_Global();
-        if (settings.InstallerVersion.empty()) settings.Load();
+        if (settings.InstallerVersion().empty()) settings.Load();
         security_.SetXPSP2SecurityConfig();
         return S_OK;
     });

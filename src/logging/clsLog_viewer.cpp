@@ -1,4 +1,5 @@
-// The one Windows-only piece of the install log: showing it to the user.
+// The Windows-only pieces of the install log: showing it to the user, and
+// the user's temporary folder for the default file.
 #include <windows.h>
 
 #include "logging/clsLog.h"
@@ -16,6 +17,15 @@ void clsLog::ReadLogFile() {
         CloseHandle(process.hThread);
         CloseHandle(process.hProcess);
     }
+}
+
+std::string clsLog::UserTemporaryFolder() {
+    char folder[MAX_PATH + 1] = {};
+    const DWORD length = GetTempPathA(sizeof folder, folder);
+    if (length == 0 || length > MAX_PATH) return {};
+    std::string text(folder, length);
+    if (text.back() != '\\') text += '\\';
+    return text;
 }
 
 }  // namespace corvan

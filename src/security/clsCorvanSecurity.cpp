@@ -65,7 +65,7 @@ void clsCorvanSecurity::SetXPSP2SecurityConfig() {
             // empty one leaves cacls.exe the wildcard alone, in its current
             // folder, and a folder with blanks reaches it as several words.
             const InstallerSettings& settings = modCorvanInstaller_Global();
-            const std::string folders[] = {settings.SecuredFolder1, settings.Root, settings.SecuredFolder3};
+            const std::string folders[] = {settings.SecuredFolder1(), settings.Root(), settings.SecuredFolder3()};
             for (const std::string& folder : folders) {
                 const std::string step = "Configurator: setting security on " + folder;
                 Raise(step);

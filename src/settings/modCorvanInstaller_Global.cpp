@@ -7,30 +7,31 @@
 namespace corvan {
 
 void InstallerSettings::Load() {
-    InstallerVersion = CORVAN_VERSION_TEXT;
+    std::lock_guard<std::mutex> lock(mutex_);
+    installerVersion_ = CORVAN_VERSION_TEXT;
 
-    MasterUrlSource = CORVAN_MASTER_URL_SOURCE;
-    AltUrlSource1 = CORVAN_ALT_URL_SOURCE_1;
-    AltUrlSource2 = CORVAN_ALT_URL_SOURCE_2;
+    masterUrlSource_ = CORVAN_MASTER_URL_SOURCE;
+    altUrlSource1_ = CORVAN_ALT_URL_SOURCE_1;
+    altUrlSource2_ = CORVAN_ALT_URL_SOURCE_2;
 
     // The root was once built from the system drive; the fixed folder has
     // always replaced it at once: the client's files live in the c:\TALO
     // folder whatever the system drive is.
     const char* systemDrive = std::getenv("systemdrive");
-    Root = std::string(systemDrive ? systemDrive : "") + "\\TALO\\";
-    Root = "c:\\TALO\\";
+    root_ = std::string(systemDrive ? systemDrive : "") + "\\TALO\\";
+    root_ = "c:\\TALO\\";
 
-    MaxTries = 5;
-    History = 1;
+    maxTries_ = 5;
+    history_ = 1;
 
-    Dictionary.Clear();
-    Dictionary.Add("INSTALLVERSION", InstallerVersion);
-    Dictionary.Add("MASTER_URL_SOURCE", MasterUrlSource);
-    Dictionary.Add("ALT_URL_SOURCE_1", AltUrlSource1);
-    Dictionary.Add("ALT_URL_SOURCE_2", AltUrlSource2);
-    Dictionary.Add("ROOT", Root);
-    Dictionary.Add("MAXTRIES", std::to_string(MaxTries));
-    Dictionary.Add("HISTORY", std::to_string(History));
+    dictionary_.Clear();
+    dictionary_.Add("INSTALLVERSION", installerVersion_);
+    dictionary_.Add("MASTER_URL_SOURCE", masterUrlSource_);
+    dictionary_.Add("ALT_URL_SOURCE_1", altUrlSource1_);
+    dictionary_.Add("ALT_URL_SOURCE_2", altUrlSource2_);
+    dictionary_.Add("ROOT", root_);
+    dictionary_.Add("MAXTRIES", std::to_string(maxTries_));
+    dictionary_.Add("HISTORY", std::to_string(history_));
 }
 
 InstallerSettings& modCorvanInstaller_Global() {

@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <mutex>
 #include <string>
 
 #include "common/keyed_collection.h"
@@ -9,33 +10,62 @@ namespace corvan {
 // The process-wide values that the control and the engine share. The control
 // loads them once when it initialises; the engine reads the users-groups
 // string and the installer base URLs.
-struct InstallerSettings {
-    std::string InstallerVersion;
-    std::string MasterUrlSource;  // replaced by the control's URL property
-    std::string AltUrlSource1;
-    std::string AltUrlSource2;
-    std::string Root;
-    int16_t MaxTries = 0;
-    int16_t History = 0;
-    std::string UsersGroups;
+//
+// Two controls on two threads of one browser process share them, so every
+// value is read as a copy and changed under the settings' lock.
+class InstallerSettings {
+public:
+    std::string InstallerVersion() const { return Get(installerVersion_); }
+    std::string MasterUrlSource() const { return Get(masterUrlSource_); }
+    // Replaced by the control's URL property.
+    void MasterUrlSource(std::string value) { Set(masterUrlSource_, std::move(value)); }
+    std::string AltUrlSource1() const { return Get(altUrlSource1_); }
+    std::string AltUrlSource2() const { return Get(altUrlSource2_); }
+    std::string Root() const { return Get(root_); }
+    int16_t MaxTries() const { return Get(maxTries_); }
+    int16_t History() const { return Get(history_); }
+    std::string UsersGroups() const { return Get(usersGroups_); }
+    void UsersGroups(std::string value) { Set(usersGroups_, std::move(value)); }
 
     // The folders the security configurator opens before and after Root.
-    // Nothing assigns them, so they stay empty, and the configurator still
-    // runs its grants for them; Load leaves them as they are.
-    std::string SecuredFolder1;
-    std::string SecuredFolder3;
+    // Nothing assigns them in the product, so they stay empty, and the
+    // configurator still runs its grants for them; Load leaves them as they
+    // are.
+    std::string SecuredFolder1() const { return Get(securedFolder1_); }
+    void SecuredFolder1(std::string value) { Set(securedFolder1_, std::move(value)); }
+    std::string SecuredFolder3() const { return Get(securedFolder3_); }
+    void SecuredFolder3(std::string value) { Set(securedFolder3_, std::move(value)); }
 
     // The same values as text, keys compared without case, in load order:
     // INSTALLVERSION, MASTER_URL_SOURCE, ALT_URL_SOURCE_1, ALT_URL_SOURCE_2,
     // ROOT, MAXTRIES, HISTORY.
-    KeyedCollection<std::string> Dictionary;
+    KeyedCollection<std::string> Dictionary() const { return Get(dictionary_); }
 
     // Loads the fixed values and rebuilds the dictionary. The users-groups
     // string is the page's and is left as it is.
     void Load();
 
-    std::string InstallListPath() const { return Root + "SC_Install.scl"; }
-    std::string UninstallListPath() const { return Root + "SC_Uninstall.scl"; }
+    std::string InstallListPath() const { return Root() + "SC_Install.scl"; }
+    std::string UninstallListPath() const { return Root() + "SC_Uninstall.scl"; }
+
+private:
+    template <typename T>
+    T Get(const T& field) const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return field;
+    }
+    template <typename T>
+    void Set(T& field, T value) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        field = std::move(value);
+    }
+
+    mutable std::mutex mutex_;
+    std::string installerVersion_, masterUrlSource_, altUrlSource1_, altUrlSource2_, root_;
+    int16_t maxTries_ = 0;
+    int16_t history_ = 0;
+    std::string usersGroups_, securedFolder1_, securedFolder3_;
+    KeyedCollection<std::string> dictionary_;
 };
 
 // The one settings instance of the process (the module modCorvanInstaller_Global).

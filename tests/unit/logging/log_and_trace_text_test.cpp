@@ -8,6 +8,7 @@
 #include "logging/clsLog.h"
 #include "logging/log_line.h"
 #include "logging/trace_text.h"
+#include "run_together.h"
 
 using namespace corvan;
 
@@ -65,5 +66,25 @@ TEST(ClsLog, BlankNamesFallBackAndStatusFollowsTheFile) {
 
     EXPECT_THROW(log.OpenLogFile("x.log", folder + "no-such-folder/", true), std::exception);
     EXPECT_EQ(log.FileStatus(), "CLOSED");
+    std::filesystem::remove_all(dir);
+}
+
+// Two controls on two threads run sessions on the one log of the process: a
+// close on one thread never meets a write on the other.
+TEST(ClsLog, SessionsOnTwoThreadsShareTheLogSafely) {
+    const std::filesystem::path dir = std::filesystem::temp_directory_path() / "corvan-log-threads";
+    std::filesystem::create_directories(dir);
+    // A write while the other thread has closed the log opens the default
+    // file, which is relative to the current folder here.
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(dir);
+    clsLog log;
+    auto session = [&](int) {
+        log.OpenLogFile("SC_Install.log", dir.string() + "/", true);
+        log.WriteLogEvent("a line long enough to be more than a few bytes of the file");
+        log.CloseLogFile();
+    };
+    testing_support::RunTogether(3000, session, session);
+    std::filesystem::current_path(before);
     std::filesystem::remove_all(dir);
 }

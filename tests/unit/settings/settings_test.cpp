@@ -4,39 +4,41 @@
 #include <vector>
 
 #include "corvan/build_config.h"
+#include "run_together.h"
 #include "settings/modCorvanInstaller_Global.h"
 
 using namespace corvan;
 
 TEST(Settings, LoadFillsValuesAndDictionaryInOrder) {
     InstallerSettings settings;
-    settings.UsersGroups = "Dealers";
+    settings.UsersGroups("Dealers");
     settings.Load();
-    EXPECT_EQ(settings.InstallerVersion, CORVAN_VERSION_TEXT);
-    EXPECT_EQ(settings.Root, "c:\\TALO\\");
-    EXPECT_EQ(settings.MaxTries, 5);
-    EXPECT_EQ(settings.History, 1);
-    EXPECT_EQ(settings.UsersGroups, "Dealers");
+    EXPECT_EQ(settings.InstallerVersion(), CORVAN_VERSION_TEXT);
+    EXPECT_EQ(settings.Root(), "c:\\TALO\\");
+    EXPECT_EQ(settings.MaxTries(), 5);
+    EXPECT_EQ(settings.History(), 1);
+    EXPECT_EQ(settings.UsersGroups(), "Dealers");
     EXPECT_EQ(settings.InstallListPath(), "c:\\TALO\\SC_Install.scl");
     EXPECT_EQ(settings.UninstallListPath(), "c:\\TALO\\SC_Uninstall.scl");
-    for (const std::string* url : {&settings.MasterUrlSource, &settings.AltUrlSource1, &settings.AltUrlSource2}) {
-        EXPECT_EQ(url->rfind("https://", 0), 0u) << *url;
-        EXPECT_EQ(url->substr(url->size() - 11), "/installer/") << *url;
+    for (const std::string& url : {settings.MasterUrlSource(), settings.AltUrlSource1(), settings.AltUrlSource2()}) {
+        EXPECT_EQ(url.rfind("https://", 0), 0u) << url;
+        EXPECT_EQ(url.substr(url.size() - 11), "/installer/") << url;
     }
 
-    std::vector<std::pair<std::string, std::string>> entries(settings.Dictionary.begin(), settings.Dictionary.end());
+    const KeyedCollection<std::string> dictionary = settings.Dictionary();
+    std::vector<std::pair<std::string, std::string>> entries(dictionary.begin(), dictionary.end());
     std::vector<std::pair<std::string, std::string>> expected{
-        {"INSTALLVERSION", CORVAN_VERSION_TEXT},   {"MASTER_URL_SOURCE", settings.MasterUrlSource},
-        {"ALT_URL_SOURCE_1", settings.AltUrlSource1}, {"ALT_URL_SOURCE_2", settings.AltUrlSource2},
+        {"INSTALLVERSION", CORVAN_VERSION_TEXT},   {"MASTER_URL_SOURCE", settings.MasterUrlSource()},
+        {"ALT_URL_SOURCE_1", settings.AltUrlSource1()}, {"ALT_URL_SOURCE_2", settings.AltUrlSource2()},
         {"ROOT", "c:\\TALO\\"},                    {"MAXTRIES", "5"},
         {"HISTORY", "1"}};
     EXPECT_EQ(entries, expected);
-    EXPECT_EQ(settings.Dictionary.Item("root"), "c:\\TALO\\");
-    EXPECT_EQ(settings.Dictionary.Item("MaxTries"), "5");
+    EXPECT_EQ(dictionary.Item("root"), "c:\\TALO\\");
+    EXPECT_EQ(dictionary.Item("MaxTries"), "5");
 
     // Loading again (a second control on the page) rebuilds, never duplicates.
     settings.Load();
-    EXPECT_EQ(settings.Dictionary.Count(), 7u);
+    EXPECT_EQ(settings.Dictionary().Count(), 7u);
 }
 
 TEST(Settings, RootIsFixedWhateverTheSystemDrive) {
@@ -47,5 +49,25 @@ TEST(Settings, RootIsFixedWhateverTheSystemDrive) {
 #endif
     InstallerSettings settings;
     settings.Load();
-    EXPECT_EQ(settings.Root, "c:\\TALO\\");
+    EXPECT_EQ(settings.Root(), "c:\\TALO\\");
+}
+
+// One control loads the settings and takes its page's URL and groups while
+// another, on its own thread, reads them.
+TEST(Settings, ControlsOnTwoThreadsShareThemSafely) {
+    InstallerSettings settings;
+    const std::string groups[] = {std::string(200, 'a'), std::string(300, 'b')};
+    testing_support::RunTogether(
+        20000,
+        [&](int i) {
+            if (i % 100 == 0) settings.Load();
+            settings.UsersGroups(groups[i % 2]);
+            settings.MasterUrlSource("https://h/" + groups[i % 2] + "/");
+        },
+        [&](int) {
+            const std::string read = settings.UsersGroups();
+            EXPECT_TRUE(read.empty() || read == groups[0] || read == groups[1]);
+            EXPECT_GE(settings.MasterUrlSource().size(), 11u);
+            settings.Dictionary();
+        });
 }

@@ -69,16 +69,29 @@ TEST(InstallLog, AFolderThatCannotBeOpenedRaisesThePathError) {
     EXPECT_EQ(log.FileStatus(), "CLOSED");
 }
 
-TEST(InstallLog, TheGlobalRoutineRaisesAFailedOpenToItsCaller) {
-    // A folder where the default file should be: the open must fail.
+// Where "C:\\" refuses the default file (here: a folder of its name), it goes
+// to the user's temporary folder; where that fails too, the global routine
+// raises the failure to its caller.
+TEST(InstallLog, TheDefaultFileFallsBackToTheTemporaryFolder) {
+    winbench::ScratchFolder temporary("log-temporary");
+    char before[MAX_PATH] = {};
+    GetEnvironmentVariableA("TMP", before, MAX_PATH);
+    RemoveDirectoryA(kDefaultLog);
     DeleteFileA(kDefaultLog);
     ASSERT_TRUE(CreateDirectoryA(kDefaultLog, nullptr));
     GlobalLog().CloseLogFile();
-    EXPECT_NE(testing_support::Raised([] { WriteLog("lost"); }).Number(), 0);
-    EXPECT_EQ(GlobalLog().FileStatus(), "CLOSED");
-    RemoveDirectoryA(kDefaultLog);
+
+    SetEnvironmentVariableA("TMP", temporary.Path().c_str());
     WriteLog("written");
+    EXPECT_EQ(GlobalLog().path(), temporary.Path());
     GlobalLog().CloseLogFile();
-    EXPECT_NE(winbench::ReadFileBytes(kDefaultLog).find("\twritten\r\n"), std::string::npos);
-    DeleteFileA(kDefaultLog);
+    EXPECT_NE(winbench::ReadFileBytes(temporary.Path() + "CorvanInstaller-LogFile.log").find("\twritten\r\n"),
+              std::string::npos);
+
+    SetEnvironmentVariableA("TMP", (temporary.Path() + "missing\\").c_str());
+    EXPECT_EQ(testing_support::Raised([] { WriteLog("lost"); }).Number(), 70);
+    EXPECT_EQ(GlobalLog().FileStatus(), "CLOSED");
+
+    SetEnvironmentVariableA("TMP", before[0] ? before : nullptr);
+    RemoveDirectoryA(kDefaultLog);
 }

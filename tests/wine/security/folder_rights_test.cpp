@@ -122,8 +122,8 @@ TEST(FolderRights, DISABLED_Scenarios) {
     SetEnvironmentVariableA("CORVAN_CACLS_LOG", log.c_str());
     for (const Scenario& scenario : kScenarios) {
         SCOPED_TRACE(scenario.name);
-        settings.SecuredFolder1 = scenario.folder1;
-        settings.SecuredFolder3 = scenario.folder3;
+        settings.SecuredFolder1(scenario.folder1);
+        settings.SecuredFolder3(scenario.folder3);
         SetEnvironmentVariableA("CORVAN_CACLS_EXIT", scenario.exitCode);
         DeleteFileA(log.c_str());
         SystemCacls cacls(scenario.cacls);
@@ -140,6 +140,6 @@ TEST(FolderRights, DISABLED_Scenarios) {
             EXPECT_EQ(winbench::ReadFileBytes(log), scenario.commands);
         }
     }
-    settings.SecuredFolder1.clear();
-    settings.SecuredFolder3.clear();
+    settings.SecuredFolder1("");
+    settings.SecuredFolder3("");
 }
