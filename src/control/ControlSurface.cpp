@@ -1,11 +1,18 @@
 #include "control/ControlSurface.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace corvan {
 
 namespace {
-int WholePercent(float fraction) { return static_cast<int>(std::floor(fraction * 100.0 + 0.5)); }
+// A fraction that is no number counts as none, and one far out of range is
+// held to 100 times the whole before it is rounded into an int.
+int WholePercent(float fraction) {
+    if (std::isnan(fraction)) return 0;
+    const double bounded = std::clamp(static_cast<double>(fraction), -100.0, 100.0);
+    return static_cast<int>(std::floor(bounded * 100.0 + 0.5));
+}
 }  // namespace
 
 int ControlSurface::ProgressPercent() const { return WholePercent(progress_); }

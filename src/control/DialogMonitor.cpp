@@ -58,7 +58,12 @@ void DialogMonitor::UnregisterWindowClass() { UnregisterClassA(kWindowClass, Thi
 LRESULT CALLBACK DialogMonitor::WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_TIMER && wParam == kTimerId) {
         auto* monitor = reinterpret_cast<DialogMonitor*>(GetWindowLongPtrA(window, GWLP_USERDATA));
-        if (monitor && monitor->enabled_) monitor->Tick();
+        // Nothing may leave a window procedure: a tick that fails is lost,
+        // the next one looks again.
+        try {
+            if (monitor && monitor->enabled_) monitor->Tick();
+        } catch (...) {
+        }
         return 0;
     }
     return DefWindowProcA(window, message, wParam, lParam);

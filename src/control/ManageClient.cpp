@@ -1,7 +1,5 @@
 #include "control/ManageClient.h"
 
-#include <exception>
-
 #include "common/failure.h"
 #include "common/text.h"
 #include "common/this_module.h"
@@ -18,14 +16,18 @@ namespace {
 
 const std::string kRule(85, '-');
 
-// Each engine event handler ends quietly on any failure: the page must never
-// see an exception from an event.
-template <typename Step>
-void Quietly(Step step) {
-    try {
-        step();
-    } catch (...) {
-    }
+// Each step of an engine event handler ends quietly on any failure, and the
+// next step still runs: a log that cannot be written must not keep the page
+// from hearing the event.
+template <typename... Steps>
+void EachQuietly(Steps... steps) {
+    auto quietly = [](auto& step) {
+        try {
+            step();
+        } catch (...) {
+        }
+    };
+    (quietly(steps), ...);
 }
 
 bool FolderExists(const std::string& path) {
@@ -33,15 +35,25 @@ bool FolderExists(const std::string& path) {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
 }
 
+// Only called when the folder is not there: a file of that name makes the
+// creation fail with "File already exists", as it always has.
 void MakeFolder(const std::string& path) {
-    if (!CreateDirectoryA(path.c_str(), nullptr) && GetLastError() != ERROR_ALREADY_EXISTS)
-        throw FileFailure(GetLastError(), CORVAN_BASE_NAME);
+    if (!CreateDirectoryA(path.c_str(), nullptr)) {
+        const DWORD code = GetLastError();
+        if (code != ERROR_ALREADY_EXISTS || !FolderExists(path)) throw FileFailure(code, CORVAN_BASE_NAME);
+    }
 }
+
+// Told to the page when it calls Run while a run is already under way.
+const char kRunBusy[] =
+    "Run was called while another run of this control is still under way; the second call was refused.";
 
 }  // namespace
 
-ManageClient::ManageClient(Desktop& desktop, ManageClientEvents& events)
-    : desktop_(desktop), events_(events), objInstall_(CreateInstallEngine(*this, desktop)) {
+ManageClient::ManageClient(Desktop& desktop, ManageClientEvents& events) : desktop_(desktop), events_(events) {
+    // Made after the members its events reach, which its declaration order
+    // ensures; made before the settings are loaded.
+    objInstall_ = CreateInstallEngine(*this, desktop);
     InstallerSettings& settings = modCorvanInstaller_Global();
     settings.Load();
     objInstall_->InstallFile(settings.InstallListPath());
@@ -55,12 +67,12 @@ std::string ManageClient::Status() const { return objInstall_->Status(); }
 void ManageClient::URL(const std::string& url) {
     size_t slash = url.rfind('/');
     if (slash == std::string::npos) return;
-    modCorvanInstaller_Global().MasterUrlSource = url.substr(0, slash + 1);
+    modCorvanInstaller_Global().MasterUrlSource(url.substr(0, slash + 1));
 }
 
-std::string ManageClient::UsersGroups() const { return modCorvanInstaller_Global().UsersGroups; }
+std::string ManageClient::UsersGroups() const { return modCorvanInstaller_Global().UsersGroups(); }
 
-void ManageClient::UsersGroups(const std::string& groups) { modCorvanInstaller_Global().UsersGroups = groups; }
+void ManageClient::UsersGroups(const std::string& groups) { modCorvanInstaller_Global().UsersGroups(groups); }
 
 clsWindowTools& ManageClient::WindowTools() {
     if (!windowTools_) windowTools_ = std::make_unique<clsWindowTools>();
@@ -68,23 +80,25 @@ clsWindowTools& ManageClient::WindowTools() {
 }
 
 std::optional<bool> ManageClient::Run(int16_t mode) {
+    // A page that calls Run again from an event of the run under way would
+    // close that run's log and stop its dialog monitor: the second call is
+    // refused and told like an engine error.
+    if (busy_) {
+        InstallerError(kRunBusy);
+        return std::nullopt;
+    }
     std::optional<bool> result;
     try {
         RunSession(mode, result);
-    } catch (const Failure& failure) {
+    } catch (...) {
         // What the session holds goes back; the footer, the log close, the
         // pointer and the final status are not reached.
+        const Failure failure = FailureInFlight(CORVAN_BASE_NAME);
         monitor_.Enabled(false);
         busy_ = false;
         desktop_.MsgBox(std::to_string(failure.Number()) + ": " + failure.Description() + "\r\n" +
                             "Source: " + failure.Source() + " - Run",
-                        msgbox::vbOKOnly, CORVAN_BASE_NAME);
-    } catch (const std::exception& problem) {
-        monitor_.Enabled(false);
-        busy_ = false;
-        desktop_.MsgBox(std::to_string(error::kInvalidProcedureCall) + ": " + problem.what() + "\r\n" +
-                            "Source: " CORVAN_BASE_NAME " - Run",
-                        msgbox::vbOKOnly, CORVAN_BASE_NAME);
+                        msgbox::vbOKOnly, CORVAN_LIBRARY_TITLE);
     }
     return result;
 }
@@ -148,7 +162,7 @@ void ManageClient::WriteHeader() {
     WriteLog("OS SP: " + tools.ServicePack());
     WriteLog("OS Build: " + tools.BuildNo());
     WriteLog(kRule);
-    WriteLog("Groups: " + modCorvanInstaller_Global().UsersGroups);
+    WriteLog("Groups: " + modCorvanInstaller_Global().UsersGroups());
     WriteLog(kRule);
 }
 
@@ -163,42 +177,29 @@ bool ManageClient::NeedToInstall() {
 void ManageClient::ShowUpdates(HWND owner) { ProcessStatusReport().Display(true, owner); }
 
 void ManageClient::InstallationStatus(const std::string& message) {
-    Quietly([&] {
-        Trace({"InstallationStatus - " + message});
-        events_.InstallStatus(message);
-        desktop_.DoEvents();
-    });
+    // The page's reaction to a status must not wait for the next download
+    // block: this yield always pumps.
+    EachQuietly([&] { Trace({"InstallationStatus - " + message}); }, [&] { events_.InstallStatus(message); },
+                [&] { desktop_.DoEvents(); });
 }
 
 void ManageClient::InstallerError(const std::string& message) {
-    Quietly([&] {
-        surface_.LastMessage(message);
-        surface_.RedrawProgressBar();
-        WriteLog(message);
-        ProcessStatusReport().Append(message);
-        Trace({"InstallerError - " + message});
-        events_.InstallError(message);
-    });
+    EachQuietly([&] { surface_.LastMessage(message); }, [&] { surface_.RedrawProgressBar(); },
+                [&] { WriteLog(message); }, [&] { ProcessStatusReport().Append(message); },
+                [&] { Trace({"InstallerError - " + message}); }, [&] { events_.InstallError(message); });
 }
 
 void ManageClient::StatusMsgChange(const std::string& message) {
-    Quietly([&] {
-        surface_.LastMessage(message);
-        surface_.RedrawProgressBar();
-        WriteLog(message);
-        ProcessStatusReport().Append(message);
-    });
+    EachQuietly([&] { surface_.LastMessage(message); }, [&] { surface_.RedrawProgressBar(); },
+                [&] { WriteLog(message); }, [&] { ProcessStatusReport().Append(message); });
 }
 
 void ManageClient::ProgressUpdate(float fraction) {
-    Quietly([&] {
-        surface_.ProgressFraction(fraction);
-        surface_.RedrawProgressBar();
-    });
+    EachQuietly([&] { surface_.ProgressFraction(fraction); }, [&] { surface_.RedrawProgressBar(); });
 }
 
 void ManageClient::FTPStatus(float fraction, const std::string& message) {
-    Quietly([&] { surface_.DrawTransferLine(message, fraction); });
+    EachQuietly([&] { surface_.DrawTransferLine(message, fraction); });
 }
 
 }  // namespace corvan

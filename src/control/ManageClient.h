@@ -41,6 +41,8 @@ public:
 
     // One session. Empty for a mode that calls no engine operation, and when
     // the session failed (the failure has then been shown in a message box).
+    // While a session is under way a second call is refused at once: it
+    // returns Empty and the page hears InstallError.
     std::optional<bool> Run(int16_t mode);
 
     bool NeedToInstall();
@@ -67,11 +69,13 @@ private:
 
     Desktop& desktop_;
     ManageClientEvents& events_;
-    std::unique_ptr<InstallEngine> objInstall_;
     std::unique_ptr<clsWindowTools> windowTools_;
     ControlSurface surface_;
     DialogMonitor monitor_;
     bool busy_ = false;
+    // Last: the engine may raise events while it is made, and goes first,
+    // before what its events reach.
+    std::unique_ptr<InstallEngine> objInstall_;
 };
 
 }  // namespace corvan

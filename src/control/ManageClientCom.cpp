@@ -53,6 +53,7 @@ STDMETHODIMP ManageClientCom::GetProgress(float* fraction, BSTR* caption, float*
 
 STDMETHODIMP ManageClientCom::put_URL(BSTR* url) {
     if (!url) return E_POINTER;
+    ComPtr<_ManageClient> alive = ComPtr<_ManageClient>::AddRefOf(this);  // a refusal is an event
     return Guarded([&] {
         std::string text = FromBstr(*url);
         if (RefusedBySiteLock(&text)) return S_OK;
@@ -64,6 +65,8 @@ STDMETHODIMP ManageClientCom::put_URL(BSTR* url) {
 STDMETHODIMP ManageClientCom::Run(short* mode, VARIANT* result) {
     if (!mode || !result) return E_POINTER;
     VariantInit(result);
+    // The page may let go of the control from one of the run's events.
+    ComPtr<_ManageClient> alive = ComPtr<_ManageClient>::AddRefOf(this);
     return Guarded([&] {
         if (RefusedBySiteLock()) {
             V_VT(result) = VT_BOOL;
@@ -82,6 +85,7 @@ STDMETHODIMP ManageClientCom::Run(short* mode, VARIANT* result) {
 STDMETHODIMP ManageClientCom::NeedToInstall(VARIANT_BOOL* result) {
     if (!result) return E_POINTER;
     *result = VARIANT_FALSE;
+    ComPtr<_ManageClient> alive = ComPtr<_ManageClient>::AddRefOf(this);
     return Guarded([&] {
         if (RefusedBySiteLock()) return S_OK;
         *result = control_->NeedToInstall() ? VARIANT_TRUE : VARIANT_FALSE;

@@ -122,9 +122,11 @@ HRESULT OleControl::ActivateInPlace(IOleClientSite* site, HWND parent) {
                               position.top, position.right - position.left, position.bottom - position.top, parent,
                               nullptr, ThisModule(), nullptr);
     if (!window_) {
+        // Read before the site is told: its own calls may set another.
+        const DWORD code = GetLastError();
         inPlace->OnInPlaceDeactivate();
         inPlace->Release();
-        return HRESULT_FROM_WIN32(GetLastError());
+        return HRESULT_FROM_WIN32(code);
     }
     SetWindowLongPtrA(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     inPlaceSite_ = inPlace;

@@ -4,6 +4,8 @@
 
 #include <olectl.h>
 
+#include "control/com_guard.h"
+
 namespace corvan::com {
 
 ConnectionPoint::ConnectionPoint(IConnectionPointContainer& container, REFIID eventIid)
@@ -158,8 +160,11 @@ STDMETHODIMP ConnectionPointEnumerator::Reset() {
 
 STDMETHODIMP ConnectionPointEnumerator::Clone(IEnumConnectionPoints** copy) {
     if (!copy) return E_POINTER;
-    *copy = new ConnectionPointEnumerator(points_, position_);
-    return S_OK;
+    *copy = nullptr;
+    return Guarded([&] {
+        *copy = new ConnectionPointEnumerator(points_, position_);
+        return S_OK;
+    });
 }
 
 }  // namespace corvan::com

@@ -152,6 +152,56 @@ TEST_F(Page, CallsByNameDriveTheEngineAndTheServerUnloadsOnceThePageLetsGo) {
     EXPECT_EQ(sink.references, 1u);
 }
 
+// A page may let go of the control from inside one of its events: the run
+// still finishes on a live object, and the control goes once Run returns.
+TEST_F(Page, APageThatLetsGoDuringARunLeavesTheRunALiveControl) {
+    struct LettingGo : EventSink {
+        ComPtr<IConnectionPoint>* point = nullptr;
+        ComPtr<IDispatch>* control = nullptr;
+        STDMETHODIMP Invoke(DISPID id, REFIID riid, LCID locale, WORD flags, DISPPARAMS* params, VARIANT* result,
+                            EXCEPINFO* exception, UINT* argumentError) override {
+            EventSink::Invoke(id, riid, locale, flags, params, result, exception, argumentError);
+            if (heard.back() == "2:Preparing") {
+                *point = nullptr;
+                *control = nullptr;
+            }
+            return S_OK;
+        }
+    } lettingGo;
+    lettingGo.point = &point;
+    lettingGo.control = &control;
+    DWORD letCookie = 0;
+    ASSERT_TRUE(Advise(control.Get(), lettingGo, letCookie));
+    point->Unadvise(cookie);
+    SetScript("InstallationStatus|Preparing\nStatusMsgChange|still running\n");
+
+    IDispatch* raw = control.Get();
+    VARIANT mode = Long(1);
+    VARIANT result = Call(raw, L"Run", DISPATCH_METHOD, &mode);
+    EXPECT_EQ(V_VT(&result), VT_BOOL);
+    EXPECT_EQ(lettingGo.heard, (Texts{"2:Preparing", "2:Complete"}));
+    auto canUnload = reinterpret_cast<HRESULT(STDAPICALLTYPE*)()>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("CorvanControlProbe.ocx"), "DllCanUnloadNow")));
+    ASSERT_TRUE(canUnload);
+    EXPECT_EQ(canUnload(), S_OK);
+    EXPECT_EQ(lettingGo.references, 1u);
+}
+
+// IDispatch answers only for the default interface identifier.
+TEST_F(Page, InvokeWithAnInterfaceOtherThanNullIsRefused) {
+    DISPPARAMS none = {nullptr, nullptr, 0, 0};
+    VARIANT result;
+    VariantInit(&result);
+    const DISPID status = DispidOf(control.Get(), L"Status");
+    EXPECT_EQ(control->Invoke(status, IID_IDispatch, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none, &result,
+                              nullptr, nullptr),
+              DISP_E_UNKNOWNINTERFACE);
+    EXPECT_EQ(control->Invoke(status, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none, &result, nullptr,
+                              nullptr),
+              S_OK);
+    VariantClear(&result);
+}
+
 bool KeyExists(const std::string& path) {
     HKEY key;
     if (RegOpenKeyExA(HKEY_CLASSES_ROOT, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return false;

@@ -47,7 +47,11 @@ public:
     }
     STDMETHODIMP Scroll(SIZE) override { return E_NOTIMPL; }
     STDMETHODIMP OnUIDeactivate(BOOL) override { return S_OK; }
-    STDMETHODIMP OnInPlaceDeactivate() override { ++deactivations; return S_OK; }
+    STDMETHODIMP OnInPlaceDeactivate() override {
+        ++deactivations;
+        SetLastError(ERROR_SUCCESS);  // as a host's own calls may
+        return S_OK;
+    }
     STDMETHODIMP DiscardUndoState() override { return S_OK; }
     STDMETHODIMP DeactivateAndUndo() override { return S_OK; }
     STDMETHODIMP OnPosRectChange(LPCRECT) override { return S_OK; }
@@ -111,6 +115,23 @@ TEST_F(Page, InPlaceActivationGivesTheControlAWindowInsideThePage) {
     ole->SetClientSite(nullptr);
     EXPECT_EQ(site.references, 1u);
     DestroyWindow(page);
+}
+
+// A site whose window is gone: the control cannot make its own, and says
+// why rather than claiming success.
+TEST_F(Page, AnActivationWithoutAWindowFailsWithTheWindowsError) {
+    HWND gone = CreateWindowExA(0, "STATIC", "page", WS_OVERLAPPEDWINDOW, 0, 0, 800, 300, nullptr, nullptr, nullptr,
+                                nullptr);
+    DestroyWindow(gone);
+    auto ole = control.As<IOleObject>(IID_IOleObject);
+    Site site(gone);
+    ASSERT_EQ(ole->SetClientSite(&site), S_OK);
+    RECT position = Site::kPosition;
+    EXPECT_EQ(ole->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, &site, 0, gone, &position),
+              HRESULT_FROM_WIN32(ERROR_INVALID_WINDOW_HANDLE));
+    EXPECT_EQ(site.deactivations, 1);
+    EXPECT_EQ(WindowOf(control.Get()), nullptr);
+    ole->SetClientSite(nullptr);
 }
 
 }  // namespace

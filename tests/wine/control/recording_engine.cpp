@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <cstdlib>
+#include <new>
 #include <sstream>
 #include <vector>
 
@@ -33,7 +34,7 @@ void Pump(int milliseconds) {
 
 class RecordingEngine : public corvan::InstallEngine {
 public:
-    explicit RecordingEngine(corvan::InstallEngineEvents& events) : events_(events) {}
+    explicit RecordingEngine(corvan::InstallEngineEvents& events) : events_(events) { Play("new:"); }
 
     std::string InstallFile() const override { return installFile_; }
     void InstallFile(std::string path) override { journal += "InstallFile=" + (installFile_ = path) + "\n"; }
@@ -42,7 +43,7 @@ public:
 
     bool PrepInstaller(int32_t mode, bool force) override {
         journal += "PrepInstaller(" + std::to_string(mode) + "," + corvan::BooleanText(force) +
-                   ") url=" + corvan::modCorvanInstaller_Global().MasterUrlSource + "\n";
+                   ") url=" + corvan::modCorvanInstaller_Global().MasterUrlSource() + "\n";
         Play();
         return Setting("result", "True") == "True";
     }
@@ -56,9 +57,17 @@ public:
     std::string Status() const override { return Setting("status", ""); }
 
 private:
-    void Play() {
+    // The steps of the script whose kind starts with `when` ("" for the
+    // steps of an operation, "new:" for those of the engine's creation).
+    void Play(const std::string& when = "") {
         for (Step step : script) {
             step.resize(3);
+            if (step[0].rfind("new:", 0) == 0) {
+                if (when.empty()) continue;
+                step[0] = step[0].substr(when.size());
+            } else if (!when.empty()) {
+                continue;
+            }
             const std::string &kind = step[0], &text = step[1];
             float fraction = std::strtof(text.c_str(), nullptr);
             if (kind == "InstallationStatus") events_.InstallationStatus(text);
@@ -67,6 +76,7 @@ private:
             else if (kind == "ProgressUpdate") events_.ProgressUpdate(fraction);
             else if (kind == "FTPStatus") events_.FTPStatus(fraction, step[2]);
             else if (kind == "pump") Pump(std::atoi(text.c_str()));
+            else if (kind == "throw") throw std::bad_alloc();
         }
     }
 

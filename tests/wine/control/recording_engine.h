@@ -9,6 +9,8 @@
 //   ProgressUpdate|fraction   FTPStatus|fraction|text
 //   pump|milliseconds   (runs the thread's message loop that long)
 //   result|True|False   need|True|False   status|text
+//   throw   (the operation runs out of memory)
+// A step whose kind starts with "new:" is raised while the engine is made.
 // Journal, one entry a line: "InstallFile=...", "UnInstallFile=...",
 //   "PrepInstaller(<mode>,<force>) url=<primary installer base URL>",
 //   "NeedToInstall()".

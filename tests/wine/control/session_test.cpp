@@ -4,8 +4,15 @@
 
 #include <windows.h>
 
+#include <functional>
+#include <limits>
+
 #include "common/this_module.h"
 #include "control/ManageClient.h"
+#include "control/WindowsDesktop.h"
+#include "control/connection_point.h"
+#include "failing_allocation.h"
+#include "logging/write_log.h"
 #include "logging/modTrace.h"
 #include "recording_engine.h"
 #include "scripted_desktop.h"
@@ -64,8 +71,13 @@ std::string Journal() { return RecordingEngineJournal(); }
 
 struct PageEvents : corvan::ManageClientEvents {
     Texts heard;
+    // What the page does when it hears a status, if anything.
+    std::function<void(const std::string&)> onStatus;
     void InstallError(const std::string& message) override { heard.push_back("InstallError:" + message); }
-    void InstallStatus(const std::string& message) override { heard.push_back("InstallStatus:" + message); }
+    void InstallStatus(const std::string& message) override {
+        heard.push_back("InstallStatus:" + message);
+        if (onStatus) onStatus(message);
+    }
 };
 
 class Session : public ::testing::Test {
@@ -171,18 +183,136 @@ TEST_F(Session, NeedToInstallAsksTheEngineAndReportsAndTracesTheAnswer) {
                      "NeedToInstall = False"}));
 }
 
+// The box carries the library's title, the error's number, description and
+// source; the footer, the pointer reset and "Complete" are not reached.
 TEST_F(Session, AFailedSessionShowsItsErrorAndStopsBeforeTheFooter) {
-    // A file where the folder should be: the log cannot be opened.
-    winbench::WriteFileBytes("C:\\TALO", "not a folder");
+    const struct {
+        const char* file;  // made where the application folder should be
+        const char* script;
+        const char* box;
+    } cases[] = {
+        {"C:\\TALO", "", "58: File already exists\r\nSource: CorvanInstaller - Run"},
+        {nullptr, "throw\n", "7: Out of memory\r\nSource: CorvanInstaller - Run"},
+    };
+    for (const auto& c : cases) {
+        if (c.file) winbench::WriteFileBytes(c.file, "not a folder");
+        RecordingEngineSetScript(c.script);
+        testing_support::ScriptedDesktop boxes;
+        PageEvents heard;
+        corvan::ManageClient control(boxes, heard);
+        EXPECT_FALSE(control.Run(1).has_value());
+        ASSERT_EQ(boxes.boxes.size(), 1u) << c.box;
+        EXPECT_EQ(boxes.boxes[0].text, c.box);
+        EXPECT_EQ(boxes.boxes[0].title, "Corvan Connect Client Manager");
+        EXPECT_EQ(boxes.pointers, std::vector<int>{11}) << c.box;
+        EXPECT_TRUE(heard.heard.empty()) << c.box;
+        EXPECT_FALSE(control.Monitor().Enabled());
+        EXPECT_FALSE(control.Busy());
+        if (c.file) DeleteFileA(c.file);
+        corvan::GlobalLog().CloseLogFile();  // a failed session leaves it open
+    }
+}
+
+// A page that calls Run again from an event of the run under way is refused
+// at once; the outer run goes on with its own log and monitor.
+TEST_F(Session, ASecondRunWhileOneIsUnderWayIsRefused) {
+    RecordingEngineSetScript("status|INSTALL\nInstallationStatus|Preparing\n");
     corvan::ManageClient control(desktop, page);
-    EXPECT_FALSE(control.Run(1).has_value());
-    ASSERT_EQ(desktop.boxes.size(), 1u);
-    EXPECT_EQ(desktop.boxes[0].text, "76: Path not found\r\nSource: CorvanInstaller - Run");
-    EXPECT_EQ(desktop.pointers, std::vector<int>{11});
-    EXPECT_TRUE(page.heard.empty());
-    EXPECT_FALSE(control.Monitor().Enabled());
-    EXPECT_FALSE(control.Busy());
-    DeleteFileA("C:\\TALO");
+    std::optional<bool> inner = true;
+    bool monitoring = false;
+    page.onStatus = [&](const std::string& status) {
+        if (status != "Preparing") return;
+        inner = control.Run(1);
+        monitoring = control.Monitor().Enabled();
+    };
+    EXPECT_EQ(control.Run(1), std::optional<bool>(true));
+    EXPECT_FALSE(inner.has_value());
+    EXPECT_TRUE(monitoring);
+    const std::string refusal =
+        "Run was called while another run of this control is still under way; the second call was refused.";
+    EXPECT_EQ(page.heard, (Texts{"InstallStatus:Preparing", "InstallError:" + refusal, "InstallStatus:Complete"}));
+    const std::string journal = Journal();
+    EXPECT_EQ(journal.find("PrepInstaller"), journal.rfind("PrepInstaller")) << journal;
+    Texts log = LogMessages();
+    ASSERT_EQ(log.size(), 13u + 1u + 3u) << testing::PrintToString(log);
+    EXPECT_EQ(log[13], refusal);
+    EXPECT_EQ(log[14].rfind("----------------------------END OF INSTALL", 0), 0u);
+}
+
+// Outside a session the log is the default file; where it cannot be
+// written at all the page still hears the engine's error.
+TEST_F(Session, TheEngineErrorReachesThePageWhenTheLogCannotBeWritten) {
+    const char kDefaultLog[] = "C:\\CorvanInstaller-LogFile.log";
+    RemoveDirectoryA(kDefaultLog);
+    DeleteFileA(kDefaultLog);
+    ASSERT_TRUE(CreateDirectoryA(kDefaultLog, nullptr));
+    char temporary[MAX_PATH] = {};
+    GetEnvironmentVariableA("TMP", temporary, MAX_PATH);
+    SetEnvironmentVariableA("TMP", "C:\\no\\such\\folder");
+    corvan::GlobalLog().CloseLogFile();
+
+    RecordingEngineSetScript("InstallerError|the list is broken\n");
+    corvan::ManageClient control(desktop, page);
+    control.NeedToInstall();
+    EXPECT_EQ(page.heard, Texts{"InstallError:the list is broken"});
+    EXPECT_EQ(control.Surface().LastMessage(), "the list is broken");
+
+    SetEnvironmentVariableA("TMP", temporary[0] ? temporary : nullptr);
+    RemoveDirectoryA(kDefaultLog);
+}
+
+// The engine may raise events while it is made: they reach a control whose
+// members are already there.
+TEST_F(Session, EventsOfTheEnginesCreationReachTheControl) {
+    RecordingEngineSetScript("new:StatusMsgChange|Engine ready\nnew:ProgressUpdate|0.5\n");
+    corvan::ManageClient control(desktop, page);
+    EXPECT_EQ(control.Surface().LastMessage(), "Engine ready");
+    EXPECT_FLOAT_EQ(control.Surface().ProgressFraction(), 0.5f);
+}
+
+// A fraction that is no number, or far out of range, draws as a bounded
+// percentage instead of whatever the conversion makes of it.
+TEST(ControlSurface, PercentagesOfFractionsOutOfRange) {
+    const struct { float fraction; int progress, transfer; } cases[] = {
+        {std::numeric_limits<float>::quiet_NaN(), 0, 1},
+        {1e30f, 10000, 10000},
+        {-1e30f, -10000, -10000},
+        {0.5f, 50, 50},
+    };
+    for (const auto& c : cases) {
+        corvan::ControlSurface surface;
+        surface.ProgressFraction(c.fraction);
+        surface.DrawTransferLine("setup.msi", c.fraction);
+        EXPECT_EQ(surface.ProgressPercent(), c.progress) << c.fraction;
+        EXPECT_EQ(surface.TransferPercent(), c.transfer) << c.fraction;
+    }
+}
+
+// Every yield of the session lets the waiting messages run, however soon it
+// follows the one before.
+TEST(WindowsDesktop, EveryYieldLetsTheWaitingMessagesRun) {
+    corvan::WindowsDesktop desktop;
+    MSG message;
+    for (int yield = 0; yield < 3; ++yield) {
+        PostThreadMessageA(GetCurrentThreadId(), WM_APP, 0, 0);
+        desktop.DoEvents();
+        EXPECT_FALSE(PeekMessageA(&message, nullptr, WM_APP, WM_APP, PM_NOREMOVE)) << "yield " << yield;
+    }
+}
+
+// A copy of an enumerator that cannot be made is out of memory, not an
+// exception through the COM method.
+TEST(ConnectionPoints, ACloneWithoutMemoryAnswersOutOfMemory) {
+    auto* points = new corvan::com::ConnectionPointEnumerator({});
+    IEnumConnectionPoints* copy = reinterpret_cast<IEnumConnectionPoints*>(1);
+    HRESULT hr;
+    {
+        testing_support::AllocationsFail memoryRunsOut;
+        hr = points->Clone(&copy);
+    }
+    EXPECT_EQ(hr, E_OUTOFMEMORY);
+    EXPECT_EQ(copy, nullptr);
+    points->Release();
 }
 
 // A "Confirm File Replace" prompt as the shell shows it. Its "No to All"
@@ -218,6 +348,28 @@ TEST_F(Session, DialogMonitorAnswersNoToAllDuringARunAndOnlyThen) {
     control.Run(1);
     EXPECT_EQ(SendMessageA(noToAll, BM_GETCHECK, 0, 0), BST_CHECKED);
     EXPECT_FALSE(control.Monitor().Enabled());
+    DestroyWindow(prompt);
+}
+
+// A tick that fails (here: no memory for its trace note) is lost inside the
+// monitor; the message loop that ran it goes on.
+TEST_F(Session, ADialogMonitorTickThatFailsStaysInsideTheMonitor) {
+    RecordingEngineSetScript("InstallationStatus|Preparing\n");
+    corvan::ManageClient control(desktop, page);
+    HWND prompt = ReplacePrompt(nullptr);
+    bool loopFinished = false;
+    page.onStatus = [&](const std::string& status) {
+        if (status != "Preparing") return;
+        testing_support::AllocationsFail memoryRunsOut;
+        MSG message;
+        for (DWORD until = GetTickCount() + 300; static_cast<int>(until - GetTickCount()) > 0;) {
+            MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
+            while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageA(&message);
+        }
+        loopFinished = true;
+    };
+    control.Run(1);
+    EXPECT_TRUE(loopFinished);
     DestroyWindow(prompt);
 }
 
