@@ -32,6 +32,12 @@ public:
     // server does not give the file.
     void DownloadItemFile();
 
+    // Brings the item's file up to date and runs it by its extension;
+    // failures are raised as Failure.
+    void Install();
+    // Runs the item's uninstall command, or deletes its file.
+    void Uninstall();
+
     clsFTP& TransferSession() { return ftp_; }
 
 private:

@@ -19,6 +19,14 @@ struct InstallerSettings {
     int16_t History = 0;
     std::string UsersGroups;
 
+    // What the engine's GetWindowsConfiguration learns of the machine once,
+    // when the control initialises; 0 and empty before.
+    int16_t WindowsMajorVersion = 0;
+    int16_t WindowsMinorVersion = 0;
+    int16_t IEMajorVersion = 0;
+    std::string IEBuild;
+    std::string IEVersion;
+
     // The same values as text, keys compared without case, in load order:
     // INSTALLVERSION, MASTER_URL_SOURCE, ALT_URL_SOURCE_1, ALT_URL_SOURCE_2,
     // ROOT, MAXTRIES, HISTORY.
