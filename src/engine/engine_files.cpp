@@ -104,7 +104,29 @@ void CopyFiles(const std::string& pattern, const std::string& folder) {
 void DeleteFolder(const std::string& folder) {
     const std::string path = WithoutTrailingSlash(folder);
     if (!FolderExists(path)) throw RuntimeError(error::kPathNotFound, kSource);
-    folder_tree::DeleteTree(path, true, kSource);
+    std::optional<Failure> first;
+    auto keep = [&first](const Failure& failure) {
+        if (!first) first = failure;
+    };
+    folder_tree::ForEachEntry(path, [&](const WIN32_FIND_DATAA& entry) {
+        const std::string child = path + "\\" + entry.cFileName;
+        try {
+            if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
+                DeleteFolder(child);
+                return;
+            }
+            if (entry.dwFileAttributes & FILE_ATTRIBUTE_READONLY) SetFileAttributesA(child.c_str(), FILE_ATTRIBUTE_NORMAL);
+            if (!DeleteFileA(child.c_str())) throw FileFailure(GetLastError(), kSource);
+        } catch (const Failure& failure) {
+            keep(failure);
+        }
+    }, kSource);
+    if (!RemoveDirectoryA(path.c_str())) keep(FileFailure(GetLastError(), kSource));
+    if (first) throw *first;
+}
+
+void RemoveEmptyFolder(const std::string& folder) {
+    if (!RemoveDirectoryA(WithoutTrailingSlash(folder).c_str())) throw FileFailure(GetLastError(), kSource);
 }
 
 }  // namespace corvan::engine_files

@@ -23,7 +23,11 @@ void DeleteFiles(const std::string& pattern);
 // of the same name there.
 void CopyFiles(const std::string& pattern, const std::string& folder);
 
-// Deletes `folder` with everything in it.
+// Deletes `folder` with everything in it. Every entry is tried; the first
+// refusal is raised after the others are gone.
 void DeleteFolder(const std::string& folder);
+
+// Removes `folder` only when nothing is left in it.
+void RemoveEmptyFolder(const std::string& folder);
 
 }  // namespace corvan::engine_files

@@ -90,7 +90,9 @@ void clsInstall::Uninstall() {
         Quietly([&] { engine_files::DeleteFiles(folder + "*.SCL"); });
         Quietly([&] { engine_files::DeleteFiles(folder + "*.DAT"); });
         desktop_.DoEvents();
-        Quietly([&] { engine_files::DeleteFolder(folder); });
+        // Only an emptied folder goes: where the databases could not be
+        // saved they stay, as the dealer was told.
+        Quietly([&] { engine_files::RemoveEmptyFolder(folder); });
         StatusMsg("Uninstall has completed successfully.");
     } catch (const Failure& failure) {
         ReportError(failure, " - clsInstall.Uninstall");
