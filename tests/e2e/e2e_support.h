@@ -37,7 +37,7 @@ class Page {
 public:
     Page(const std::string& installerUrl, const std::string& groups);
     ~Page();
-    bool Ready() const { return point != nullptr; }
+    bool Ready() const { return static_cast<bool>(point); }
 
     control_tests::ComPtr<IDispatch> control;
     control_tests::ComPtr<IConnectionPoint> point;
