@@ -22,6 +22,7 @@ void* ManageClientCom::FindInterface(REFIID riid) {
         return static_cast<IProvideClassInfo2*>(this);
     if (IsEqualIID(riid, IID_IObjectSafety)) return static_cast<IObjectSafety*>(this);
     if (IsEqualIID(riid, IID_IConnectionPointContainer)) return static_cast<IConnectionPointContainer*>(this);
+    if (IsEqualIID(riid, IID_IManageClientProgress)) return static_cast<IManageClientProgress*>(this);
     return FindOleInterface(riid);
 }
 
@@ -29,6 +30,19 @@ STDMETHODIMP ManageClientCom::get_Status(BSTR* status) {
     if (!status) return E_POINTER;
     return Guarded([&] {
         *status = ToBstr(control_->Status());
+        return S_OK;
+    });
+}
+
+STDMETHODIMP ManageClientCom::GetProgress(float* fraction, BSTR* caption, float* transferFraction, BSTR* transferText) {
+    if (!fraction || !caption || !transferFraction || !transferText) return E_POINTER;
+    *caption = *transferText = nullptr;
+    return Guarded([&] {
+        const ControlSurface& surface = control_->Surface();
+        *fraction = surface.ProgressFraction();
+        *transferFraction = surface.TransferFraction();
+        *caption = ToBstr(surface.StatusCaption());
+        *transferText = ToBstr(surface.TransferLineVisible() ? surface.TransferText() : std::string());
         return S_OK;
     });
 }

@@ -20,7 +20,7 @@ namespace corvan::com {
 // connection point, the OLE control interfaces, and what script hosts and
 // browsers ask before they trust it.
 class ManageClientCom : public ComObject<ManageClientCom, TypeInfoDispatch<_ManageClient, &IID__ManageClient>, IProvideClassInfo2,
-                                         IObjectSafety, IConnectionPointContainer, OleControl>,
+                                         IObjectSafety, IConnectionPointContainer, IManageClientProgress, OleControl>,
                         public ManageClientEvents {
 public:
     ManageClientCom();
@@ -49,6 +49,9 @@ public:
     // IConnectionPointContainer
     STDMETHODIMP EnumConnectionPoints(IEnumConnectionPoints** points) override;
     STDMETHODIMP FindConnectionPoint(REFIID riid, IConnectionPoint** point) override;
+
+    // IManageClientProgress
+    STDMETHODIMP GetProgress(float* fraction, BSTR* caption, float* transferFraction, BSTR* transferText) override;
 
     // IOleObject: closing also lets go of the page's event sinks.
     STDMETHODIMP Close(DWORD saveOption) override;

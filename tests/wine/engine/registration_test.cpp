@@ -10,6 +10,7 @@
 
 #include "engine/RegisterControls.h"
 #include "engine/registration_pass.h"
+#include "test_packages.h"
 #include "wine_bench.h"
 
 namespace RegisterControls = corvan::RegisterControls;
@@ -17,20 +18,21 @@ namespace RegisterControls = corvan::RegisterControls;
 namespace {
 
 const std::string kNotAModule = "Not an exectuable file, or the file is corrupt (LoadLibrary failed).";
-const std::string kServerKeys = "CorvanTests.Registered";
-const std::string kTypeLibKey = "TypeLib\\{5DCFA656-5C77-44C7-BC1D-5157D85D9C59}";
+const std::string kTypeLibKey = "TypeLib\\{6D3B8E21-4A7C-4F19-9E52-B0C8D1A3F764}";
 // Where the test type library's path is registered in this process's bitness.
 const std::string kTypeLibPathKey = kTypeLibKey + (sizeof(void*) == 8 ? "\\1.0\\0\\win64" : "\\1.0\\0\\win32");
+// The self-registering library's key (under HKEY_CURRENT_USER) and its value naming the copy registered.
+const std::string kServerKey = testpackages::kSelfRegisteringKey;
 
-std::string ServerKey(const std::string& file) { return kServerKeys + "\\" + file; }
-
-std::optional<std::string> ClassesValue(const std::string& key, const char* name = nullptr) {
+std::optional<std::string> Value(HKEY root, const std::string& key, const char* name) {
     char data[1024];
     DWORD size = sizeof data;
-    if (RegGetValueA(HKEY_CLASSES_ROOT, key.c_str(), name, RRF_RT_REG_SZ, nullptr, data, &size) != ERROR_SUCCESS)
+    if (RegGetValueA(root, key.c_str(), name, RRF_RT_REG_SZ, nullptr, data, &size) != ERROR_SUCCESS)
         return std::nullopt;
     return std::string(data);
 }
+std::optional<std::string> RegisteredServer() { return Value(HKEY_CURRENT_USER, kServerKey, "Module"); }
+std::optional<std::string> RegisteredTypeLib() { return Value(HKEY_CLASSES_ROOT, kTypeLibPathKey, nullptr); }
 
 std::string BesideThisProgram(const std::string& file) {
     char self[MAX_PATH];
@@ -62,23 +64,23 @@ protected:
     void SetUp() override {
         ClearRegistrations();
         for (const auto& [built, name] : std::vector<std::pair<std::string, std::string>>{
-                 {"test_registering_server.dll", "registering.dll"},
-                 {"test_registering_server.dll", "CONTROL.OCX"},
-                 {"test_registering_server.dll", "registering.bin"},
-                 {"test_slow_registering_server.dll", "slow.dll"},
-                 {"test_typelib_holder.dll", "typelib.dll"},
-                 {"registration_test.tlb", "shared.tlb"},
-                 {"registration_test.tlb", "CAPS.TLB"},
-                 {"registration_test.tlb", "library.olb"},
+                 {testpackages::Get(testpackages::kDll).path, "registering.dll"},
+                 {testpackages::Get(testpackages::kDll).path, "CONTROL.OCX"},
+                 {testpackages::Get(testpackages::kDll).path, "registering.bin"},
+                 {BesideThisProgram("test_slow_self_registering.dll"), "slow.dll"},
+                 {BesideThisProgram("test_typelib_holder.dll"), "typelib.dll"},
+                 {testpackages::Get(testpackages::kTlb).path, "shared.tlb"},
+                 {testpackages::Get(testpackages::kTlb).path, "CAPS.TLB"},
+                 {testpackages::Get(testpackages::kTlb).path, "library.olb"},
              }) {
-            ASSERT_TRUE(CopyFileA(BesideThisProgram(built).c_str(), (folder.Path() + name).c_str(), FALSE)) << built;
+            ASSERT_TRUE(CopyFileA(built.c_str(), (folder.Path() + name).c_str(), FALSE)) << built;
         }
         winbench::WriteFileBytes(folder.Path() + "notamodule.dll", "This is a text, not a module.\r\n");
     }
     void TearDown() override { ClearRegistrations(); }
 
     static void ClearRegistrations() {
-        RegDeleteTreeA(HKEY_CLASSES_ROOT, kServerKeys.c_str());
+        RegDeleteTreeA(HKEY_CURRENT_USER, kServerKey.c_str());
         RegDeleteTreeA(HKEY_CLASSES_ROOT, kTypeLibKey.c_str());
     }
 
@@ -86,41 +88,42 @@ protected:
 };
 
 enum class Call { RegisterFile, CallDllServer, RegisterTypeLibFile };
+enum class Check { Nothing, Server, TypeLib };
 
 struct ModuleCase {
     Call call;
     const char* file;
     bool unregister;
-    const char* expected;     // the returned text; "?" for the system's words, never empty
-    std::string key;          // checked afterwards under HKEY_CLASSES_ROOT; empty: nothing to check
-    bool registered;          // the key holds this file's path, or is gone
+    const char* expected;  // the returned text; "?" for the system's words, never empty
+    Check check;           // looked at afterwards:
+    bool registered;       // it names this file, or it is gone
 };
 
 // In order: each registration is undone by a later case.
 const ModuleCase kModuleCases[] = {
-    {Call::RegisterFile, "registering.dll", false, "", ServerKey("registering.dll"), true},
-    {Call::RegisterFile, "registering.dll", true, "", ServerKey("registering.dll"), false},
-    {Call::RegisterFile, "CONTROL.OCX", false, "", ServerKey("CONTROL.OCX"), true},
-    {Call::RegisterFile, "CONTROL.OCX", true, "", ServerKey("CONTROL.OCX"), false},
+    {Call::RegisterFile, "registering.dll", false, "", Check::Server, true},
+    {Call::RegisterFile, "registering.dll", true, "", Check::Server, false},
+    {Call::RegisterFile, "CONTROL.OCX", false, "", Check::Server, true},
+    {Call::RegisterFile, "CONTROL.OCX", true, "", Check::Server, false},
     // Not a control or library: nothing runs, and that is a success.
-    {Call::RegisterFile, "registering.bin", false, "", ServerKey("registering.bin"), false},
+    {Call::RegisterFile, "registering.bin", false, "", Check::Server, false},
     // A library without the entries that holds a type library.
     {Call::CallDllServer, "typelib.dll", false,
-     "File was loaded, but the DllRegisterServer entry point was not found.", "", false},
+     "File was loaded, but the DllRegisterServer entry point was not found.", Check::Nothing, false},
     {Call::CallDllServer, "typelib.dll", true,
-     "File was loaded, but the DllUnregisterServer entry point was not found.", "", false},
-    {Call::RegisterFile, "typelib.dll", false, "", kTypeLibPathKey, true},
-    {Call::RegisterFile, "typelib.dll", true, "", kTypeLibPathKey, false},
-    {Call::RegisterFile, "shared.tlb", false, "", kTypeLibPathKey, true},
-    {Call::RegisterFile, "shared.tlb", true, "", kTypeLibPathKey, false},
-    {Call::RegisterFile, "CAPS.TLB", false, "", kTypeLibPathKey, true},
-    {Call::RegisterTypeLibFile, "CAPS.TLB", true, "", kTypeLibPathKey, false},
-    {Call::RegisterFile, "library.olb", false, "", kTypeLibPathKey, true},
-    {Call::RegisterFile, "library.olb", true, "", kTypeLibPathKey, false},
+     "File was loaded, but the DllUnregisterServer entry point was not found.", Check::Nothing, false},
+    {Call::RegisterFile, "typelib.dll", false, "", Check::TypeLib, true},
+    {Call::RegisterFile, "typelib.dll", true, "", Check::TypeLib, false},
+    {Call::RegisterFile, "shared.tlb", false, "", Check::TypeLib, true},
+    {Call::RegisterFile, "shared.tlb", true, "", Check::TypeLib, false},
+    {Call::RegisterFile, "CAPS.TLB", false, "", Check::TypeLib, true},
+    {Call::RegisterTypeLibFile, "CAPS.TLB", true, "", Check::TypeLib, false},
+    {Call::RegisterFile, "library.olb", false, "", Check::TypeLib, true},
+    {Call::RegisterFile, "library.olb", true, "", Check::TypeLib, false},
     // Neither a module nor a type library: the module's own text wins.
-    {Call::RegisterFile, "notamodule.dll", false, kNotAModule.c_str(), "", false},
-    {Call::RegisterTypeLibFile, "notamodule.dll", false, "?", "", false},
-    {Call::RegisterTypeLibFile, "missing.tlb", true, "?", "", false},
+    {Call::RegisterFile, "notamodule.dll", false, kNotAModule.c_str(), Check::Nothing, false},
+    {Call::RegisterTypeLibFile, "notamodule.dll", false, "?", Check::Nothing, false},
+    {Call::RegisterTypeLibFile, "missing.tlb", true, "?", Check::Nothing, false},
 };
 
 }  // namespace
@@ -138,16 +141,15 @@ TEST_F(Registration, RegistersAndUnregistersEachKindOfFile) {
         } else {
             EXPECT_EQ(result, c.expected);
         }
-        if (c.key.empty()) continue;
-        if (c.registered)
-            EXPECT_EQ(ClassesValue(c.key), path);
-        else
-            EXPECT_EQ(ClassesValue(c.key), std::nullopt);
+        const std::optional<std::string> registered = c.registered ? std::optional(path) : std::nullopt;
+        if (c.check != Check::Nothing) {
+            EXPECT_EQ(c.check == Check::Server ? RegisteredServer() : RegisteredTypeLib(), registered);
+        }
     }
     // Routines that use COM find their thread in an apartment, as under
     // regsvr32.
     RegisterControls::RegisterFile(folder.Path() + "registering.dll", false);
-    EXPECT_EQ(ClassesValue(ServerKey("registering.dll"), "Apartment"), "given");
+    EXPECT_EQ(Value(HKEY_CURRENT_USER, kServerKey, "Apartment"), "given");
 }
 
 TEST_F(Registration, ARoutineThatHangsIsLeftRunningAfterTheBoundedWait) {
@@ -157,12 +159,11 @@ TEST_F(Registration, ARoutineThatHangsIsLeftRunningAfterTheBoundedWait) {
     std::printf("bounded registration wait: %.2f s\n", waited);
     EXPECT_GE(waited, 9.0);
     EXPECT_LT(waited, 14.0);
-    EXPECT_EQ(ClassesValue(ServerKey("slow.dll")), std::nullopt);
+    EXPECT_EQ(RegisteredServer(), std::nullopt);
 
     // The routine goes on in its still-loaded library and finishes its work.
-    for (int i = 0; i < 200 && !ClassesValue(ServerKey("slow.dll")); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    EXPECT_EQ(ClassesValue(ServerKey("slow.dll")), folder.Path() + "slow.dll");
+    for (int i = 0; i < 200 && !RegisteredServer(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(RegisteredServer(), folder.Path() + "slow.dll");
 }
 
 TEST_F(Registration, ThePassRegistersWhatAsksForItAndCountsEveryItem) {
@@ -198,7 +199,8 @@ TEST_F(Registration, ThePassRegistersWhatAsksForItAndCountsEveryItem) {
                                      Progress(4, 7), Progress(5, 7), Progress(6, 7), Progress(7, 7),
                                  }));
     // The olb after it and the library that does not ask were left alone.
-    EXPECT_EQ(ClassesValue(kTypeLibPathKey), folder.Path() + "CAPS.TLB");
+    EXPECT_EQ(RegisteredServer(), folder.Path() + "CONTROL.OCX");
+    EXPECT_EQ(RegisteredTypeLib(), folder.Path() + "CAPS.TLB");
 
     EventLog removing;
     EXPECT_EQ(corvan::Registration(colItems, true, removing), "");
@@ -211,9 +213,8 @@ TEST_F(Registration, ThePassRegistersWhatAsksForItAndCountsEveryItem) {
                                   "status Removing Registration for CAPS.TLB", "status Registration: Successful",
                                   Progress(4, 7), Progress(5, 7), Progress(6, 7), Progress(7, 7),
                               }));
-    EXPECT_EQ(ClassesValue(ServerKey("registering.dll")), std::nullopt);
-    EXPECT_EQ(ClassesValue(ServerKey("CONTROL.OCX")), folder.Path() + "CONTROL.OCX");
-    EXPECT_EQ(ClassesValue(kTypeLibPathKey), std::nullopt);
+    EXPECT_EQ(RegisteredServer(), std::nullopt);
+    EXPECT_EQ(RegisteredTypeLib(), std::nullopt);
 
     // A failure inside the walk ends it and is reported with its context.
     EventLog failing;
