@@ -3,6 +3,10 @@
 #include <olectl.h>
 
 #include "control/bstr_text.h"
+#include "control/browser_page.h"
+#include "control/com_ptr.h"
+#include "control/site_lock.h"
+#include "logging/write_log.h"
 #include "control/com_guard.h"
 #include "control/modIObjectSafety.h"
 
@@ -50,7 +54,9 @@ STDMETHODIMP ManageClientCom::GetProgress(float* fraction, BSTR* caption, float*
 STDMETHODIMP ManageClientCom::put_URL(BSTR* url) {
     if (!url) return E_POINTER;
     return Guarded([&] {
-        control_->URL(FromBstr(*url));
+        std::string text = FromBstr(*url);
+        if (RefusedBySiteLock(&text)) return S_OK;
+        control_->URL(text);
         return S_OK;
     });
 }
@@ -59,6 +65,11 @@ STDMETHODIMP ManageClientCom::Run(short* mode, VARIANT* result) {
     if (!mode || !result) return E_POINTER;
     VariantInit(result);
     return Guarded([&] {
+        if (RefusedBySiteLock()) {
+            V_VT(result) = VT_BOOL;
+            V_BOOL(result) = VARIANT_FALSE;
+            return S_OK;
+        }
         std::optional<bool> outcome = control_->Run(*mode);
         if (outcome) {
             V_VT(result) = VT_BOOL;
@@ -70,7 +81,9 @@ STDMETHODIMP ManageClientCom::Run(short* mode, VARIANT* result) {
 
 STDMETHODIMP ManageClientCom::NeedToInstall(VARIANT_BOOL* result) {
     if (!result) return E_POINTER;
+    *result = VARIANT_FALSE;
     return Guarded([&] {
+        if (RefusedBySiteLock()) return S_OK;
         *result = control_->NeedToInstall() ? VARIANT_TRUE : VARIANT_FALSE;
         return S_OK;
     });
@@ -137,6 +150,24 @@ STDMETHODIMP ManageClientCom::Close(DWORD saveOption) {
     HRESULT hr = OleControl::Close(saveOption);
     events_.UnadviseAll();
     return hr;
+}
+
+bool ManageClientCom::RefusedBySiteLock(const std::string* installerUrl) {
+    ComPtr<IOleClientSite> site;
+    GetClientSite(site.Put());
+    BrowserPage page = FindBrowserPage(site.Get());
+    if (!page.inBrowser) return false;
+    SiteLock lock(ApprovedHosts());
+    std::string refusal = lock.RefusePage(page.url);
+    if (refusal.empty() && installerUrl) refusal = lock.RefuseInstallerUrl(*installerUrl);
+    if (refusal.empty()) return false;
+    // Told in this order so that a page that cannot be logged still hears it.
+    try {
+        WriteLog(refusal);
+    } catch (...) {
+    }
+    InstallError(refusal);
+    return true;
 }
 
 void ManageClientCom::Paint(HDC dc, const RECT& bounds) {

@@ -61,6 +61,11 @@ protected:
     void Paint(HDC dc, const RECT& bounds) override;
 
 private:
+    // Inside a browser, only https pages of the approved hosts may act, and
+    // only towards an approved installer. Empty when the call may go on;
+    // otherwise the refusal has been logged and told to the page.
+    bool RefusedBySiteLock(const std::string* installerUrl = nullptr);
+
     void InstallError(const std::string& message) override;
     void InstallStatus(const std::string& message) override;
 
