@@ -55,7 +55,7 @@ public:
 
 protected:
     REFCLSID ControlClsid() const override { return CLSID_ManageClient; }
-    void Paint(HDC dc, const RECT& bounds) override;
+    ControlSurface& Surface() override { return control_->Surface(); }
 
 private:
     void InstallError(const std::string& message) override;
