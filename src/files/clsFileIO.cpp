@@ -83,6 +83,13 @@ void clsFileIO::CloseFile() {
     written_ = false;
 }
 
+void clsFileIO::NameFile(const std::string& path) {
+    CloseFile();
+    path_ = path;
+    contents_.clear();
+    IndexRows();
+}
+
 void clsFileIO::WriteText(const std::string& text) {
     if (mode_ == Mode::Closed)
         throw Failure(error::kPathFileAccessError, kWriteTextSource,

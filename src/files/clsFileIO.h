@@ -70,6 +70,11 @@ public:
 
     void CloseFile();
 
+    // Names an existing file for its facts, version and CRC without reading
+    // its text: a package can be large, and only lists are read as text.
+    // Contents and rows are emptied; nothing is opened.
+    void NameFile(const std::string& path);
+
     // Fails with source "clsFileIO.WriteText" when no file is open.
     void WriteText(const std::string& text);
 

@@ -3,11 +3,18 @@
 #include <windows.h>
 
 #include "common/failure.h"
+#include "platform/clsWindowTools.h"
 
 namespace corvan {
 
-clsItem::clsItem(Desktop& desktop, clsItemEvents* listener)
-    : desktop_(desktop), listener_(listener), ftp_(&desktop, this) {}
+clsItem::clsItem(Desktop& desktop, clsItemEvents* listener) : desktop_(desktop), listener_(listener) {}
+
+clsItem::~clsItem() = default;
+
+clsFTP& clsItem::TransferSession() {
+    if (!ftp_) ftp_ = std::make_unique<clsFTP>(&desktop_, static_cast<clsFTPEvents*>(this));
+    return *ftp_;
+}
 
 void clsItem::FileProgress(float Percent, const std::string& status) {
     if (listener_) listener_->FileDownloadProgress(Percent, status);
@@ -41,7 +48,7 @@ void clsItem::DownloadItemFile() {
     MakeFolder(StoredInstallFolder().empty() ? std::string(kDefaultInstallFolder) : StoredInstallFolder());
 
     const std::string destination = InstallFolder() + InstallFileName();
-    if (!ftp_.DownloadFile(Source() + FileName(), destination)) {
+    if (!TransferSession().DownloadFile(Source() + FileName(), destination)) {
         // The engine's name as the source is what the help desk has always
         // been given for this error.
         throw Failure(kDownloadFailed, "Corvan.clsInstall.PrepInstaller",
