@@ -4,6 +4,7 @@
 
 #include "common/conversions.h"
 #include "engine/engine_files.h"
+#include "engine/error_report.h"
 #include "engine/list_download.h"
 #include "logging/modTrace.h"
 #include "logging/write_log.h"
@@ -85,7 +86,7 @@ void clsInstall::StatusMessageChange(const std::string& Message) { objSecurity_S
 // ---- errors -----------------------------------------------------------------
 
 std::string clsInstall::ErrorText(const Failure& failure, const std::string& context) {
-    return std::to_string(failure.Number()) + " - " + failure.Source() + " - " + failure.Description() + context;
+    return ErrorReportText(failure, context);
 }
 
 void clsInstall::ReportError(const Failure& failure, const std::string& context) {

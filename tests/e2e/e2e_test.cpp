@@ -73,12 +73,12 @@ std::string ShortOf(const std::string& file) {
 }
 
 // "exe{flag=1;changed}" as the server's row; publishes the file it names.
-std::string PublishRow(const testserver::InstallerFolder& folder, const std::string& spec) {
-    const size_t brace = spec.find('{');
-    const PackageKind& kind = Kind(corvan::Trim(spec.substr(0, brace)));
+std::string PublishRow(const testserver::InstallerFolder& folder, const std::string& entry) {
+    const size_t brace = entry.find('{');
+    const PackageKind& kind = Kind(corvan::Trim(entry.substr(0, brace)));
     std::map<std::string, std::string> changes;
     if (brace != std::string::npos) {
-        std::stringstream list(spec.substr(brace + 1, spec.rfind('}') - brace - 1));
+        std::stringstream list(entry.substr(brace + 1, entry.rfind('}') - brace - 1));
         for (std::string change; std::getline(list, change, ';');) {
             const size_t equals = change.find('=');
             changes[corvan::Trim(change.substr(0, equals))] =
@@ -230,7 +230,7 @@ void Scenario::Do(const Line& line) {
     const std::string& text = line.text;
     if (line.keyword == "publish") {
         Texts rows;
-        for (const std::string& spec : Split(text, "|")) rows.push_back(PublishRow(*folder_, spec));
+        for (const std::string& entry : Split(text, "|")) rows.push_back(PublishRow(*folder_, entry));
         folder_->WriteList(rows);
     } else if (line.keyword == "list") {
         folder_->Write("SC_Install.scl", text.empty() ? "" : text + "\r\n");
@@ -238,7 +238,7 @@ void Scenario::Do(const Line& line) {
         folder_->Remove(FileOf(text));
     } else if (line.keyword == "local") {
         std::string list;
-        for (const std::string& spec : Split(text, "|")) list += PublishRow(*folder_, spec) + "\r\n";
+        for (const std::string& entry : Split(text, "|")) list += PublishRow(*folder_, entry) + "\r\n";
         winbench::WriteFileBytes("C:\\TALO\\SC_Install.scl", list);
     } else if (line.keyword == "delete") {
         EXPECT_TRUE(DeleteFileA(text.c_str())) << text;

@@ -5,8 +5,6 @@
 
 #include <windows.h>
 
-#include <sstream>
-
 #include "scripted_desktop.h"
 #include "security/clsCorvanSecurity.h"
 #include "settings/modCorvanInstaller_Global.h"
@@ -63,13 +61,6 @@ private:
     std::string saved_ = path_ + ".corvan-saved";
 };
 
-std::vector<std::string> Lines(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) lines.push_back(line);
-    return lines;
-}
-
 const std::string kCacls = "C:\\windows\\system32\\cacls.exe ";
 const std::string kTooLong = "C:\\" + std::string(40000, 'x') + "\\";  // no process takes such a command line
 const std::string kBlanks = "C:\\corvan tests\\with blank\\";
@@ -79,22 +70,22 @@ struct Scenario {
     Cacls cacls;
     std::string folder1, folder3;
     const char* exitCode;
-    std::vector<bool> started;          // the six grants in order; none: no cacls.exe
-    std::vector<std::string> commands;  // what the recording stand-in was given
+    std::vector<bool> started;  // the six grants in order; none: no cacls.exe
+    std::string commands;  // what the recording stand-in was given, one line each
 };
 
 const Scenario kScenarios[] = {
-    {"Wine's cacls.exe", Cacls::WineOwn, "", "", "0", {true, true, true, true, true, true}, {}},
+    {"Wine's cacls.exe", Cacls::WineOwn, "", "", "0", {true, true, true, true, true, true}, ""},
     {"a stand-in that exits with a failure code",
      Cacls::Recording, "", "", "5", {true, true, true, true, true, true},
-     {kCacls + " /E /G Everyone:f", kCacls + "* /E /G Everyone:f", kCacls + "c:\\TALO\\ /E /G Everyone:f",
-      kCacls + "c:\\TALO\\* /E /G Everyone:f", kCacls + " /E /G Everyone:f", kCacls + "* /E /G Everyone:f"}},
+     kCacls + " /E /G Everyone:f\n" + kCacls + "* /E /G Everyone:f\n" + kCacls + "c:\\TALO\\ /E /G Everyone:f\n" +
+         kCacls + "c:\\TALO\\* /E /G Everyone:f\n" + kCacls + " /E /G Everyone:f\n" + kCacls + "* /E /G Everyone:f\n"},
     {"a first folder no process can be given and a third with blanks",
      Cacls::Recording, kTooLong, kBlanks, "0", {false, false, true, true, true, true},
-     {kCacls + "c:\\TALO\\ /E /G Everyone:f", kCacls + "c:\\TALO\\* /E /G Everyone:f",
-      kCacls + kBlanks + " /E /G Everyone:f", kCacls + kBlanks + "* /E /G Everyone:f"}},
-    {"a cacls.exe that is no program", Cacls::NotAProgram, "", "", "0", {false, false, false, false, false, false}, {}},
-    {"no cacls.exe", Cacls::Missing, "", "", "0", {}, {}},
+     kCacls + "c:\\TALO\\ /E /G Everyone:f\n" + kCacls + "c:\\TALO\\* /E /G Everyone:f\n" + kCacls + kBlanks +
+         " /E /G Everyone:f\n" + kCacls + kBlanks + "* /E /G Everyone:f\n"},
+    {"a cacls.exe that is no program", Cacls::NotAProgram, "", "", "0", {false, false, false, false, false, false}, ""},
+    {"no cacls.exe", Cacls::Missing, "", "", "0", {}, ""},
 };
 
 std::vector<std::string> ExpectedStatuses(const Scenario& scenario) {
@@ -146,7 +137,7 @@ TEST(FolderRights, DISABLED_Scenarios) {
         EXPECT_EQ(desktop.pointers, (std::vector<int>{corvan::vbHourglass, corvan::vbDefault}));
         EXPECT_EQ(desktop.pumps, 0);
         if (scenario.cacls == Cacls::Recording) {
-            EXPECT_EQ(Lines(winbench::ReadFileBytes(log)), scenario.commands);
+            EXPECT_EQ(winbench::ReadFileBytes(log), scenario.commands);
         }
     }
     settings.SecuredFolder1.clear();

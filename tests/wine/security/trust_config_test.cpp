@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <windows.h>
-#include <aclapi.h>
+#include <sddl.h>
 #include <objsafe.h>
 #include <ocidl.h>
 
@@ -79,27 +79,18 @@ void ExpectTableInRegistry(const std::vector<size_t>& refused = {}) {
     }
 }
 
-// A key whose access list lets nobody set a value in it; opened up and
-// deleted when the object goes.
+// A key in which nobody may set a value or make a subkey; deleted when the
+// object goes.
 class RefusingKey {
 public:
     RefusingKey(HKEY root, const std::string& path) : root_(root), path_(path) {
         HKEY key = nullptr;
-        EXPECT_EQ(RegCreateKeyExA(root, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr),
-                  ERROR_SUCCESS);
-        EXPLICIT_ACCESS_A deny = {};
-        BuildExplicitAccessWithNameA(&deny, const_cast<char*>("EVERYONE"), KEY_SET_VALUE | KEY_CREATE_SUB_KEY,
-                                     DENY_ACCESS, NO_INHERITANCE);
-        EXPLICIT_ACCESS_A allow = {};
-        BuildExplicitAccessWithNameA(&allow, const_cast<char*>("EVERYONE"), KEY_READ | DELETE | WRITE_DAC,
-                                     GRANT_ACCESS, NO_INHERITANCE);
-        EXPLICIT_ACCESS_A entries[] = {deny, allow};
-        PACL acl = nullptr;
-        EXPECT_EQ(SetEntriesInAclA(2, entries, nullptr, &acl), ERROR_SUCCESS);
-        EXPECT_EQ(SetSecurityInfo(key, SE_REGISTRY_KEY, DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION,
-                                  nullptr, nullptr, acl, nullptr),
-                  ERROR_SUCCESS);
-        LocalFree(acl);
+        PSECURITY_DESCRIPTOR refusing = nullptr;
+        EXPECT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorA("D:P(D;;0x6;;;WD)(A;;KA;;;WD)", SDDL_REVISION_1,
+                                                                         &refusing, nullptr));
+        EXPECT_EQ(RegCreateKeyExA(root, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr), ERROR_SUCCESS);
+        EXPECT_EQ(RegSetKeySecurity(key, DACL_SECURITY_INFORMATION, refusing), ERROR_SUCCESS);
+        LocalFree(refusing);
         RegCloseKey(key);
     }
     ~RefusingKey() { RegDeleteKeyA(root_, path_.c_str()); }
