@@ -53,7 +53,7 @@ const char kBuildHelp[] =
     "  -o, --output LIST   write the list there (whole or not at all); default: standard output\n"
     "  --os NAME           a Windows version name the list must serve (\"Windows XP\"); repeat or\n"
     "                      separate with commas; every row must apply to one of them\n"
-    "  -q, --quiet         no progress lines\n"
+    "  -q, --quiet         no progress lines and no notes, only refusals\n"
     "\n"
     "Exit status: 0 written, 1 refused (nothing written), 2 bad usage or unreadable input.\n";
 
@@ -148,12 +148,12 @@ std::vector<std::string> OsNames(const CommandLine& line) {
 std::string ReadListFile(const std::string& path) {
     std::error_code error;
     const auto status = fs::status(path, error);
-    if (!fs::exists(status)) throw UsageError("cannot read " + path + ": no such file");
-    if (fs::is_directory(status)) throw UsageError("cannot read " + path + ": it is a folder");
+    if (!fs::exists(status)) throw std::runtime_error("cannot read " + path + ": no such file");
+    if (fs::is_directory(status)) throw std::runtime_error("cannot read " + path + ": it is a folder");
     std::ifstream in(path, std::ios::binary);
-    if (!in) throw UsageError("cannot read " + path);
+    if (!in) throw std::runtime_error("cannot read " + path);
     auto tooLarge = [&] {
-        return UsageError(path + " is larger than " + std::to_string(kLargestList >> 20) +
+        return std::runtime_error(path + " is larger than " + std::to_string(kLargestList >> 20) +
                           " MiB: too large for a packing list");
     };
     const uintmax_t size = fs::file_size(path, error);
@@ -165,7 +165,7 @@ std::string ReadListFile(const std::string& path) {
         text.append(block.data(), size_t(in.gcount()));
         if (text.size() > kLargestList) throw tooLarge();
     }
-    if (in.bad()) throw UsageError("cannot read " + path);
+    if (in.bad()) throw std::runtime_error("cannot read " + path);
     return text;
 }
 
@@ -180,14 +180,14 @@ void WriteWholeFile(const std::string& path, const std::string& text) {
         if (!out) {
             std::error_code ignored;
             fs::remove(temporary, ignored);
-            throw UsageError("cannot write " + path);
+            throw std::runtime_error("cannot write " + path);
         }
     }
     std::error_code error;
     fs::rename(temporary, path, error);
     if (error) {
         fs::remove(temporary, error);
-        throw UsageError("cannot write " + path + ": " + error.message());
+        throw std::runtime_error("cannot write " + path + ": " + error.message());
     }
 }
 
@@ -201,13 +201,14 @@ int Build(const std::vector<std::string>& args, std::ostream& out, std::ostream&
     NeedPositional(line, 2, "FOLDER MANIFEST");
     BuildOptions options{line.positional[0], OsNames(line), line.Last("output")};
     std::error_code error;
-    if (!fs::is_directory(options.folder, error)) throw UsageError("no folder " + options.folder);
+    if (!fs::is_directory(options.folder, error)) throw std::runtime_error("no folder " + options.folder);
     const Manifest manifest = ReadManifest(line.positional[1]);
     auto progress = [&](const std::string& text) {
         if (!line.Has("quiet")) err << text << std::endl;
     };
     const BuildResult result = BuildList(manifest, options, progress);
-    for (const std::string& note : result.notes) err << "note: " << note << "\n";
+    if (!line.Has("quiet"))
+        for (const std::string& note : result.notes) err << "note: " << note << "\n";
     if (!result.errors.empty()) {
         for (const std::string& e : result.errors) err << e << "\n";
         err << "scl build: refused (" << result.errors.size() << (result.errors.size() == 1 ? " problem" : " problems")
@@ -232,7 +233,7 @@ int Lint(const std::vector<std::string>& args, std::ostream& out, std::ostream& 
     LintOptions options{OsNames(line), line.Last("files")};
     std::error_code error;
     if (line.Has("files") && !fs::is_directory(options.filesDir, error))
-        throw UsageError("no folder " + options.filesDir);
+        throw std::runtime_error("no folder " + options.filesDir);
     const std::vector<LintProblem> problems = LintList(ReadListFile(path), options);
     if (line.Has("json")) {
         nlohmann::json report = {{"list", path}, {"problems", nlohmann::json::array()}};
@@ -266,6 +267,13 @@ const Command* FindCommand(const std::string& name) {
     return nullptr;
 }
 
+int NoCommand(const std::string& name, std::ostream& err) {
+    err << "scl: no command " << name << " (the commands:";
+    for (const Command& command : kCommands) err << " " << command.name;
+    err << "; see scl --help)\n";
+    return kExitUsage;
+}
+
 }  // namespace
 
 int RunScl(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
@@ -276,11 +284,11 @@ int RunScl(const std::vector<std::string>& args, std::ostream& out, std::ostream
     if (first == "help") {
         if (args.size() == 1) return out << kHelp, kExitClean;
         const Command* command = FindCommand(args[1]);
-        if (command == nullptr) return err << "scl: no command " << args[1] << "\n" << kUsage, kExitUsage;
+        if (command == nullptr) return NoCommand(args[1], err);
         return out << command->help, kExitClean;
     }
     const Command* command = FindCommand(first);
-    if (command == nullptr) return err << "scl: no command " << first << "\n" << kUsage, kExitUsage;
+    if (command == nullptr) return NoCommand(first, err);
     try {
         return command->run(std::vector<std::string>(args.begin() + 1, args.end()), out, err);
     } catch (const UsageError& e) {

@@ -1,5 +1,6 @@
 #include "tools/scl/manifest.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <limits>
@@ -158,7 +159,10 @@ private:
                     return std::nullopt;
                 }
                 if (const auto problem = RowTextProblem(*ansi)) {
-                    Refuse(value, entry, name + " \"" + value.as_string().str + "\" " + *problem);
+                    // The value is shown unless it would break the message's line.
+                    const bool showable = std::none_of(ansi->begin(), ansi->end(),
+                                                       [](char c) { return static_cast<unsigned char>(c) < 0x20; });
+                    Refuse(value, entry, name + (showable ? " \"" + value.as_string().str + "\" " : " ") + *problem);
                     return std::nullopt;
                 }
                 return *ansi;
