@@ -50,8 +50,11 @@ void clsFileIO::IndexRows() { rowStarts_ = IndexListRows(contents_); }
 void clsFileIO::CreateFile(const std::string& path) {
     CloseFile();
     path_ = path;
+    // Nothing of this file has been read: the text and rows of an earlier
+    // file must not pass for its own.
+    contents_.clear();
+    IndexRows();
     text_file::CreateIfMissing(path, "clsFileIO.CreateFile");
-    written_ = false;
     SetMode(Mode::Write);
 }
 
@@ -63,8 +66,10 @@ bool clsFileIO::OpenFile(const std::string& path) {
         IndexRows();
         SetMode(Mode::Read);
         return true;
-    } catch (const Failure& failure) {
-        // Rows of an earlier file must not pass for this one's.
+    } catch (...) {
+        // Rows of an earlier file must not pass for this one's. A file too
+        // large for the memory left is "Out of memory", like any other.
+        const Failure failure = FailureInFlight("clsFileIO.OpenFile");
         contents_.clear();
         IndexRows();
         status_ = failure.Description();
@@ -75,6 +80,14 @@ bool clsFileIO::OpenFile(const std::string& path) {
 void clsFileIO::CloseFile() {
     SetMode(Mode::Closed);
     written_ = false;
+    sessionText_.clear();
+}
+
+void clsFileIO::NameFile(const std::string& path) {
+    CloseFile();
+    path_ = path;
+    contents_.clear();
+    IndexRows();
 }
 
 void clsFileIO::WriteText(const std::string& text) {
@@ -82,11 +95,14 @@ void clsFileIO::WriteText(const std::string& text) {
         throw Failure(error::kPathFileAccessError, kWriteTextSource,
                       "The file is not opened for writing. Please close the file, and reopen it for writing, or "
                       "appending.");
+    // An appending write adds to what this session wrote, never to Contents,
+    // which the caller may have set to anything.
     const bool append = mode_ == Mode::Write && written_;
-    const std::string whole = append ? contents_ + text : text;
+    std::string whole = append ? sessionText_ + text : text;
     text_file::ReplaceAll(path_, whole, kWriteTextSource);
     written_ = true;
-    contents_ = whole;
+    sessionText_ = whole;
+    contents_ = std::move(whole);
     IndexRows();
 }
 
@@ -96,6 +112,8 @@ bool clsFileIO::Refresh() {
         IndexRows();
         return true;
     } catch (const Failure&) {
+        return false;
+    } catch (const std::bad_alloc&) {
         return false;
     }
 }
