@@ -32,9 +32,11 @@ BuildResult BuildList(const Manifest& manifest, const BuildOptions& options,
         const std::string where = Where(manifest, entry);
         const fs::path path = fs::path(options.folder) / record.FileName();
         listed.insert(fs::path(record.FileName()).lexically_normal().string());
-        if (progress)
-            progress("[" + std::to_string(++done) + "/" + std::to_string(manifest.entries.size()) + "] " +
-                     record.FileName());
+        if (progress) {
+            std::string line(1, '[');
+            line.append(std::to_string(++done)).append("/").append(std::to_string(manifest.entries.size()));
+            progress(line.append("] ").append(record.FileName()));
+        }
         std::error_code error;
         if (!fs::is_regular_file(path, error)) {
             result.errors.push_back(where + "FileName \"" + record.FileName() + "\" is not a file in " +

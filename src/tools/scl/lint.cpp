@@ -10,6 +10,7 @@
 #include "common/failure.h"
 #include "common/keyed_collection.h"
 #include "common/text.h"
+#include "engine/packing_list_comparison.h"
 #include "files/cCRC32.h"
 #include "files/list_rows.h"
 #include "items/ItemRecord.h"
@@ -37,6 +38,20 @@ private:
     std::vector<size_t> starts_;  // offset where each line begins
 };
 
+// The engine's view of the rows, over the text lint already indexed.
+class IndexedRows : public ListRows {
+public:
+    IndexedRows(std::string_view text, const std::vector<size_t>& starts) : text_(text), starts_(starts) {}
+    int32_t RowCount() const override { return static_cast<int32_t>(starts_.size()) - 1; }
+    std::string GetRow(int32_t index) const override {
+        return index > RowCount() ? std::string() : std::string(ListRow(text_, starts_, index));
+    }
+
+private:
+    std::string_view text_;
+    const std::vector<size_t>& starts_;
+};
+
 struct Field {
     std::string_view text;
     size_t offset;  // in the whole list
@@ -54,7 +69,11 @@ std::vector<Field> SplitFields(std::string_view row, size_t rowOffset) {
     }
 }
 
-std::string Quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
+std::string Quoted(std::string_view text) {
+    std::string quoted(1, '"');
+    quoted.append(text).push_back('"');
+    return quoted;
+}
 
 std::string FieldCount(size_t count) { return std::to_string(count) + (count == 1 ? " field" : " fields"); }
 
@@ -96,7 +115,8 @@ public:
         }
         const std::vector<size_t> starts = IndexListRows(text_);
         const int32_t count = static_cast<int32_t>(starts.size()) - 1;
-        if (count == 0) {
+        form_ = CheckListForm(IndexedRows(text_, starts));
+        if (form_ == ListForm::Empty) {
             if (text_.find_first_not_of(" \t\r\n") == std::string_view::npos)
                 Report(1, "list", "the list is empty: the client takes it for invalid and fetches it again on every visit");
             else
@@ -135,7 +155,7 @@ private:
                    "one row");
         const std::vector<Field> fields = SplitFields(row, offset);
         const size_t n = fields.size();
-        if (first && n < kFirstRowFields)
+        if (first && form_ == ListForm::TooFewFields)
             Report(line, kColumnNames[n], "the first row has " + FieldCount(n) +
                                               ": the client takes a list whose first row has fewer than eleven for "
                                               "invalid and fetches it again on every visit");
@@ -188,7 +208,7 @@ private:
             Report(line, "OS", "empty: the row applies to no machine and is never installed");
         } else if (!options_.osNames.empty() &&
                    std::none_of(options_.osNames.begin(), options_.osNames.end(),
-                                [&](const std::string& name) { return RowAppliesTo(os, name); })) {
+                                [&](const std::string& name) { return AppliesToMachine(std::string(os), name); })) {
             Report(line, "OS", Quoted(os) + " applies to none of " + JoinNames(options_.osNames) +
                                    (wrongCaseAll ? " (only \"ALL\" in capitals means every machine)" : "") +
                                    ": the row is never installed there");
@@ -270,7 +290,7 @@ private:
         for (const std::string& machine : machines) {
             KeyedCollection<int64_t> seen;
             for (const RowKey& row : keys_) {
-                if (!(row.os == "ALL" || (!machine.empty() && RowAppliesTo(row.os, machine)))) continue;
+                if (!(row.os == "ALL" || (!machine.empty() && AppliesToMachine(row.os, machine)))) continue;
                 if (const int64_t* twin = seen.Find(row.key)) {
                     if (reported.insert(row.line).second)
                         Report(row.line, "FileName",
@@ -289,14 +309,11 @@ private:
     LineCounter lines_;
     std::vector<LintProblem> problems_;
     std::vector<RowKey> keys_;
+    ListForm form_ = ListForm::Empty;
     std::map<std::string, std::optional<std::string>> crcs_;
 };
 
 }  // namespace
-
-bool RowAppliesTo(std::string_view os, std::string_view versionName) {
-    return os == "ALL" || os.find(versionName) != std::string_view::npos;
-}
 
 std::vector<LintProblem> LintList(std::string_view text, const LintOptions& options) {
     return Linter(text, options).Run();

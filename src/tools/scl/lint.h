@@ -24,8 +24,4 @@ struct LintProblem {
 // line order. The text is taken as it is on disk (ANSI, CR LF).
 std::vector<LintProblem> LintList(std::string_view text, const LintOptions& options);
 
-// True when a row whose OS column is `os` is loaded on a machine whose
-// version name is `versionName`.
-bool RowAppliesTo(std::string_view os, std::string_view versionName);
-
 }  // namespace corvan::scl

@@ -17,8 +17,4 @@ inline constexpr size_t kOS = 0, kSource = 1, kFileName = 2, kCRC = 5, kFlag = 8
                         kRegister = 14, kExecutePackage = 15;
 }
 
-// A first row needs this many fields, or the client takes the list for
-// invalid.
-inline constexpr size_t kFirstRowFields = 11;
-
 }  // namespace corvan::scl
