@@ -56,8 +56,11 @@ void clsFileIO::IndexRows() {
 void clsFileIO::CreateFile(const std::string& path) {
     CloseFile();
     path_ = path;
+    // Nothing of this file has been read: the text and rows of an earlier
+    // file must not pass for its own.
+    contents_.clear();
+    IndexRows();
     text_file::CreateIfMissing(path, "clsFileIO.CreateFile");
-    written_ = false;
     SetMode(Mode::Write);
 }
 
@@ -69,8 +72,10 @@ bool clsFileIO::OpenFile(const std::string& path) {
         IndexRows();
         SetMode(Mode::Read);
         return true;
-    } catch (const Failure& failure) {
-        // Rows of an earlier file must not pass for this one's.
+    } catch (...) {
+        // Rows of an earlier file must not pass for this one's. A file too
+        // large for the memory left is "Out of memory", like any other.
+        const Failure failure = FailureInFlight("clsFileIO.OpenFile");
         contents_.clear();
         IndexRows();
         status_ = failure.Description();
@@ -81,6 +86,7 @@ bool clsFileIO::OpenFile(const std::string& path) {
 void clsFileIO::CloseFile() {
     SetMode(Mode::Closed);
     written_ = false;
+    sessionText_.clear();
 }
 
 void clsFileIO::NameFile(const std::string& path) {
@@ -95,11 +101,14 @@ void clsFileIO::WriteText(const std::string& text) {
         throw Failure(error::kPathFileAccessError, kWriteTextSource,
                       "The file is not opened for writing. Please close the file, and reopen it for writing, or "
                       "appending.");
+    // An appending write adds to what this session wrote, never to Contents,
+    // which the caller may have set to anything.
     const bool append = mode_ == Mode::Write && written_;
-    const std::string whole = append ? contents_ + text : text;
+    std::string whole = append ? sessionText_ + text : text;
     text_file::ReplaceAll(path_, whole, kWriteTextSource);
     written_ = true;
-    contents_ = whole;
+    sessionText_ = whole;
+    contents_ = std::move(whole);
     IndexRows();
 }
 
@@ -109,6 +118,8 @@ bool clsFileIO::Refresh() {
         IndexRows();
         return true;
     } catch (const Failure&) {
+        return false;
+    } catch (const std::bad_alloc&) {
         return false;
     }
 }

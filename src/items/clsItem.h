@@ -67,8 +67,9 @@ private:
     clsFolderIO& FolderIO();
     void StatusChange(std::string&, int32_t) override {}
     void StatusMessage(const std::string& text);
-    // Makes `folder` and every missing folder above it; a folder that cannot
-    // be made raises the file system's error.
+    // Makes `folder` and every missing folder above it, below its drive,
+    // share or root; a folder that cannot be made, or a root that cannot be
+    // reached, raises the file system's error.
     void MakeFolder(const std::string& folder);
 
     Desktop& desktop_;
