@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "engine/clsInstall.h"
+#include "engine/install_step.h"
 #include "engine/registration_pass.h"
 #include "logging/modTrace.h"
 #include "logging/write_log.h"
@@ -14,10 +15,6 @@ namespace corvan {
 namespace {
 
 constexpr int32_t kLocalMachine = static_cast<int32_t>(0x80000002u);
-
-std::string DisplayName(const ItemRecord& item) {
-    return item.Productname().empty() ? item.FileName() : item.Productname();
-}
 
 }  // namespace
 
@@ -73,44 +70,43 @@ bool clsInstall::Install() {
 
 void clsInstall::InstallItem(ItemRecord& record) {
     const InstallerSettings& settings = modCorvanInstaller_Global();
-    const std::string versionName = comparison_.VersionName();
-    StatusMsg("OS Check: " + versionName + " : Item OS: " + record.OS());
-    if (!AppliesToMachine(record.OS(), versionName)) return;
+    InstallStepFacts facts;
+    facts.versionName = comparison_.VersionName();
+    facts.usersGroups = settings.UsersGroups;
+    facts.ieMajorVersion = settings.IEMajorVersion;
+    facts.installComplete = installComplete_;
+    facts.acrobatPresent = [] { return AcrobatIsInstalled(); };
+    const InstallStep step = DecideInstallStep(record, facts);
 
-    const std::string display = DisplayName(record);
-    bool skip = false;
-    if (record.Productname() == "Internet Explorer") skip = settings.IEMajorVersion >= 6;
-    if (record.Productname() == "Adobe Acrobat") skip = AcrobatIsInstalled();
-
-    // The browser and the reader are never removed, and not installed over
-    // a version good enough.
-    if (record.Removed() ? display == "Adobe Acrobat" || display == "Internet Explorer" : skip) return;
+    StatusMsg("OS Check: " + facts.versionName + " : Item OS: " + record.OS());
+    if (step == InstallStep::OtherMachine || step == InstallStep::NeverRemoved || step == InstallStep::SkipProduct)
+        return;
 
     // The item works on its own copy of the row; what it learns (the CRC
     // and version of the file it fetched) comes back into colItems.
+    const std::string display = DisplayName(record);
     clsItem objItem(desktop_, this);
     static_cast<ItemRecord&>(objItem) = record;
-
-    if (!record.Removed()) {
-        StatusMsg("Checking versions of " + display);
-        if (record.Flag() != 1 && installComplete_ > 0) {
-            ItemStep(objItem, &clsItem::Uninstall, " - clsInstall.Install");
-            StatusMsg("Uninstalling old version of " + display);
-        }
-        if (!InstallGroupAllows(settings.UsersGroups, record.InstallGroup())) {
-            WriteLog("File: " + record.FileName() + " skipped...Group not set for this user");
-            return;
-        }
-        ItemStep(objItem, &clsItem::Install, " - clsInstall.Install");
-        record = static_cast<const ItemRecord&>(objItem);
-        record.IsDirty(kVbFalse);
-        // Every row ends with its own line break, so the list reads back.
-        if (record.Flag() == 0) uninstallFile_.WriteText(record.UniformString() + "\r\n");
+    if (step == InstallStep::Remove) {
+        StatusMsg("Removing: " + display);
+        ItemStep(objItem, &clsItem::Uninstall, " - clsInstall.Install");
         return;
     }
 
-    StatusMsg("Removing: " + display);
-    ItemStep(objItem, &clsItem::Uninstall, " - clsInstall.Install");
+    StatusMsg("Checking versions of " + display);
+    if (UninstallsOldVersionFirst(record, facts)) {
+        ItemStep(objItem, &clsItem::Uninstall, " - clsInstall.Install");
+        StatusMsg("Uninstalling old version of " + display);
+    }
+    if (step == InstallStep::SkipGroup) {
+        WriteLog("File: " + record.FileName() + " skipped...Group not set for this user");
+        return;
+    }
+    ItemStep(objItem, &clsItem::Install, " - clsInstall.Install");
+    record = static_cast<const ItemRecord&>(objItem);
+    record.IsDirty(kVbFalse);
+    // Every row ends with its own line break, so the list reads back.
+    if (record.Flag() == 0) uninstallFile_.WriteText(record.UniformString() + "\r\n");
 }
 
 void clsInstall::RunRegistration(bool unregister) {

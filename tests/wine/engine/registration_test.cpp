@@ -69,7 +69,6 @@ protected:
                  {testpackages::Get(testpackages::kDll).path, "registering.bin"},
                  {BesideThisProgram("test_slow_self_registering.dll"), "slow.dll"},
                  {BesideThisProgram("test_typelib_holder.dll"), "typelib.dll"},
-                 {testpackages::Get(testpackages::kTlb).path, "shared.tlb"},
                  {testpackages::Get(testpackages::kTlb).path, "CAPS.TLB"},
                  {testpackages::Get(testpackages::kTlb).path, "library.olb"},
              }) {
@@ -114,8 +113,6 @@ const ModuleCase kModuleCases[] = {
      "File was loaded, but the DllUnregisterServer entry point was not found.", Check::Nothing, false},
     {Call::RegisterFile, "typelib.dll", false, "", Check::TypeLib, true},
     {Call::RegisterFile, "typelib.dll", true, "", Check::TypeLib, false},
-    {Call::RegisterFile, "shared.tlb", false, "", Check::TypeLib, true},
-    {Call::RegisterFile, "shared.tlb", true, "", Check::TypeLib, false},
     {Call::RegisterFile, "CAPS.TLB", false, "", Check::TypeLib, true},
     {Call::RegisterTypeLibFile, "CAPS.TLB", true, "", Check::TypeLib, false},
     {Call::RegisterFile, "library.olb", false, "", Check::TypeLib, true},
