@@ -129,8 +129,12 @@ HRESULT OleControl::ActivateInPlace(IOleClientSite* site, HWND parent) {
     }
     SetWindowLongPtrA(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     inPlaceSite_ = inPlace;
-    ShowVersionLine();
-    RedrawAfterLayout();
+    // Showing the panel's lines never fails the activation.
+    try {
+        ShowVersionLine();
+        RedrawAfterLayout();
+    } catch (...) {
+    }
     return S_OK;
 }
 
