@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace corvan::fuzz {
 
@@ -68,6 +69,16 @@ private:
     size_t size_;
     size_t pos_ = 0;
 };
+
+// The fields of a row, split at every comma as the client splits them.
+inline std::vector<std::string> Fields(const std::string& row) {
+    std::vector<std::string> fields;
+    size_t start = 0;
+    for (size_t comma; (comma = row.find(',', start)) != std::string::npos; start = comma + 1)
+        fields.push_back(row.substr(start, comma - start));
+    fields.push_back(row.substr(start));
+    return fields;
+}
 
 inline std::string_view AsText(const uint8_t* data, size_t size) {
     return {reinterpret_cast<const char*>(data), size};

@@ -2,28 +2,15 @@
 // the built row has seventeen fields, and reading the built row back builds
 // the same row again (the normalisation of folder, file name, flag and
 // Booleans happens once, on the first build).
-#include <algorithm>
 #include <string>
 #include <vector>
 
 #include "fuzz_check.h"
 #include "items/ItemRecord.h"
 
-namespace {
-
-std::vector<std::string> Fields(const std::string& row) {
-    std::vector<std::string> fields;
-    size_t start = 0;
-    for (size_t comma; (comma = row.find(',', start)) != std::string::npos; start = comma + 1)
-        fields.push_back(row.substr(start, comma - start));
-    fields.push_back(row.substr(start));
-    return fields;
-}
-
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using corvan::ItemRecord;
+    using corvan::fuzz::Fields;
     // The first byte picks whether the row lands on a fresh item or on one
     // that already holds a full row (a short row keeps the old columns).
     corvan::fuzz::Input input(data, size);

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "common/conversions.h"
+#include "common/failure.h"
 #include "common/text.h"
 #include "engine/packing_list_comparison.h"
 #include "fuzz_check.h"
@@ -19,6 +21,15 @@ namespace {
 bool ClientCrcForm(const std::string& crc) {
     return !crc.empty() && crc.size() <= 8 && crc.find_first_not_of("0123456789ABCDEF") == std::string::npos &&
            (crc == "0" || crc[0] != '0');
+}
+
+template <typename Check>
+bool Converts(Check check) {
+    try {
+        return check();
+    } catch (const corvan::Failure&) {
+        return false;
+    }
 }
 
 }  // namespace
@@ -62,6 +73,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         item.UniformString(row);
         FUZZ_CHECK(ClientCrcForm(item.CRC()));
         FUZZ_CHECK(!item.FileName().empty() && !item.GetFileExtention().empty());
+        // Every number reads as written: nothing is left at an old value.
+        const std::vector<std::string> fields = fuzz::Fields(row);
+        FUZZ_CHECK(Converts([&] { return IsNumericText(fields[8]) && LenientLong(fields[8]) == item.Flag(); }));
+        FUZZ_CHECK(Converts([&] { return StrictInteger(fields[14]) == item.Register(); }));
+        FUZZ_CHECK(Converts([&] { return StrictBoolean(fields[15]) == (item.ExecutePackage() != 0); }));
         if (item.OS() == "ALL") FUZZ_CHECK(keys.insert(UpperCase(ItemKey(item))).second);
     }
     return 0;
