@@ -4,6 +4,10 @@
 
 namespace corvan {
 
+namespace {
+constexpr DWORD kBreatherMs = 10;
+}
+
 bool WaitLettingMessagesRun(Desktop* desktop, HANDLE event, DWORD timeoutMs) {
     if (!desktop) return WaitForSingleObject(event, timeoutMs) == WAIT_OBJECT_0;
     const DWORD start = GetTickCount();
@@ -13,12 +17,18 @@ bool WaitLettingMessagesRun(Desktop* desktop, HANDLE event, DWORD timeoutMs) {
             const DWORD spent = GetTickCount() - start;
             left = spent >= timeoutMs ? 0 : timeoutMs - spent;
         }
-        switch (MsgWaitForMultipleObjects(1, &event, FALSE, left, QS_ALLINPUT)) {
+        // Input already seen but left in the queue wakes the wait too: a
+        // desktop that pumps at most every few milliseconds still gets it.
+        switch (MsgWaitForMultipleObjectsEx(1, &event, left, QS_ALLINPUT, MWMO_INPUTAVAILABLE)) {
             case WAIT_OBJECT_0:
                 return true;
             case WAIT_OBJECT_0 + 1:
                 desktop->DoEvents();
                 if (left == 0) return WaitForSingleObject(event, 0) == WAIT_OBJECT_0;
+                // What the desktop left for later must not make this a busy loop.
+                if (HIWORD(GetQueueStatus(QS_ALLINPUT)) != 0 &&
+                    WaitForSingleObject(event, left < kBreatherMs ? left : kBreatherMs) == WAIT_OBJECT_0)
+                    return true;
                 break;
             case WAIT_TIMEOUT:
                 return false;
