@@ -26,6 +26,10 @@ public:
     // of thousands of times a second: a desktop may skip it when it pumped
     // a moment ago. Every other yield uses DoEvents and always pumps.
     virtual void DoEventsAfterBlock() { DoEvents(); }
+
+    // Ends the Windows session as ExitWindowsEx does, with its flags (2
+    // reboots) and reason; true when Windows took the request.
+    virtual bool ExitSession(unsigned flags, unsigned reason) = 0;
 };
 
 // The runtime's message-box constants.

@@ -50,7 +50,8 @@ const char kRunBusy[] =
 
 }  // namespace
 
-ManageClient::ManageClient(Desktop& desktop, ManageClientEvents& events) : desktop_(desktop), events_(events) {
+ManageClient::ManageClient(Desktop& desktop, ManageClientEvents& events)
+    : desktop_(desktop), events_(events), surface_(desktop) {
     // Made after the members its events reach, which its declaration order
     // ensures; made before the settings are loaded.
     objInstall_ = CreateInstallEngine(*this, desktop);
@@ -58,6 +59,8 @@ ManageClient::ManageClient(Desktop& desktop, ManageClientEvents& events) : deskt
     settings.Load();
     objInstall_->InstallFile(settings.InstallListPath());
     objInstall_->UnInstallFile(settings.UninstallListPath());
+    // Once per control: the Windows and browser versions every run reads.
+    objInstall_->GetWindowsConfiguration(substitutions_);
 }
 
 ManageClient::~ManageClient() = default;

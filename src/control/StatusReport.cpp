@@ -1,25 +1,18 @@
 #include "control/StatusReport.h"
 
 #include "common/clock.h"
+#include "control/frmStatus.h"
 
 namespace corvan {
 
 void StatusReport::Append(const std::string& message) {
     LocalTime now = NowLocal();
-    const std::string line = FormatDate(now) + " - " + FormatTime(now) + " : " + message + "\r\n";
-    std::lock_guard<std::mutex> lock(mutex_);
-    text_ += line;
+    frmStatus::Instance().Status(FormatDate(now) + " - " + FormatTime(now) + " : " + message + "\r\n");
 }
 
-std::string StatusReport::Text() const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return text_;
-}
+std::string StatusReport::Text() const { return frmStatus::Instance().Text(); }
 
-void StatusReport::Display(bool show, HWND owner) {
-    shown_ = show;
-    owner_ = owner;
-}
+void StatusReport::Display(bool show, HWND owner) { frmStatus::Instance().Display(show, owner); }
 
 StatusReport& ProcessStatusReport() {
     static StatusReport report;

@@ -10,6 +10,7 @@ public:
     int MsgBox(const std::string& text, int style, const std::string& title) override;
     void SetMousePointer(int pointer) override;
     void DoEvents() override;
+    bool ExitSession(unsigned flags, unsigned reason) override;
     // Skipped when the last pump is less than 10 ms ago.
     void DoEventsAfterBlock() override;
 

@@ -43,6 +43,10 @@ public:
     void Install();
     // Runs the file's uninstall by its extension, or deletes a plain file.
     void Uninstall();
+    // Registers the installed file with COM, or unregisters it, by its
+    // extension (RegisterControls::RegisterFile): the empty text on success,
+    // else the reason it failed.
+    std::string RegisterControl(bool unregister = false);
 
     // Made when the item first downloads: a list of many rows opens no
     // WinINet session for the rows that need no download.

@@ -5,6 +5,7 @@
 #include "common/failure.h"
 #include "common/text.h"
 #include "common/unique_any.h"
+#include "engine/RegisterControls.h"
 #include "files/clsFileIO.h"
 #include "items/clsItem.h"
 #include "logging/write_log.h"
@@ -187,6 +188,11 @@ void clsItem::Uninstall() {
         // The install's name, in the uninstall too.
         throw NoExtension();
     }
+}
+
+std::string clsItem::RegisterControl(bool unregister) {
+    // The file the item installed: its own name in its own folder.
+    return RegisterControls::RegisterFile(InstallFolder() + InstallFileName(), unregister);
 }
 
 }  // namespace corvan

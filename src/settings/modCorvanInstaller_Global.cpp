@@ -34,6 +34,12 @@ void InstallerSettings::Load() {
     dictionary_.Add("HISTORY", std::to_string(history_));
 }
 
+void InstallerSettings::DictionaryItem(const std::string& key, std::string value) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (dictionary_.Contains(key)) dictionary_.Remove(key);
+    dictionary_.Add(key, std::move(value));
+}
+
 InstallerSettings& modCorvanInstaller_Global() {
     static InstallerSettings settings;
     return settings;

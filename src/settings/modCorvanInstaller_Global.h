@@ -23,9 +23,23 @@ public:
     std::string AltUrlSource2() const { return Get(altUrlSource2_); }
     std::string Root() const { return Get(root_); }
     int16_t MaxTries() const { return Get(maxTries_); }
+    void MaxTries(int16_t value) { Set(maxTries_, value); }
     int16_t History() const { return Get(history_); }
     std::string UsersGroups() const { return Get(usersGroups_); }
     void UsersGroups(std::string value) { Set(usersGroups_, std::move(value)); }
+
+    // What the engine's GetWindowsConfiguration learns of the machine once,
+    // when the control initialises; 0 and empty before.
+    int16_t WindowsMajorVersion() const { return Get(windowsMajorVersion_); }
+    void WindowsMajorVersion(int16_t value) { Set(windowsMajorVersion_, value); }
+    int16_t WindowsMinorVersion() const { return Get(windowsMinorVersion_); }
+    void WindowsMinorVersion(int16_t value) { Set(windowsMinorVersion_, value); }
+    int16_t IEMajorVersion() const { return Get(ieMajorVersion_); }
+    void IEMajorVersion(int16_t value) { Set(ieMajorVersion_, value); }
+    std::string IEBuild() const { return Get(ieBuild_); }
+    void IEBuild(std::string value) { Set(ieBuild_, std::move(value)); }
+    std::string IEVersion() const { return Get(ieVersion_); }
+    void IEVersion(std::string value) { Set(ieVersion_, std::move(value)); }
 
     // The folders the security configurator opens before and after Root.
     // Nothing assigns them in the product, so they stay empty, and the
@@ -40,6 +54,9 @@ public:
     // INSTALLVERSION, MASTER_URL_SOURCE, ALT_URL_SOURCE_1, ALT_URL_SOURCE_2,
     // ROOT, MAXTRIES, HISTORY.
     KeyedCollection<std::string> Dictionary() const { return Get(dictionary_); }
+    // Replaces (or adds) one entry of the dictionary, as a test pointing an
+    // alternative installer URL at its own server does.
+    void DictionaryItem(const std::string& key, std::string value);
 
     // Loads the fixed values and rebuilds the dictionary. The users-groups
     // string is the page's and is left as it is.
@@ -65,6 +82,8 @@ private:
     int16_t maxTries_ = 0;
     int16_t history_ = 0;
     std::string usersGroups_, securedFolder1_, securedFolder3_;
+    int16_t windowsMajorVersion_ = 0, windowsMinorVersion_ = 0, ieMajorVersion_ = 0;
+    std::string ieBuild_, ieVersion_;
     KeyedCollection<std::string> dictionary_;
 };
 

@@ -117,7 +117,8 @@ TEST_F(Session, ModesWithoutEngineWriteHeaderAndFooterOnlyAndReturnEmpty) {
 
 TEST_F(Session, EngineIsGivenItsListsAndEachModeCallsItAsTheTableSays) {
     corvan::ManageClient control(desktop, page);
-    EXPECT_EQ(Journal(), "InstallFile=c:\\TALO\\SC_Install.scl\nUnInstallFile=c:\\TALO\\SC_Uninstall.scl\n");
+    EXPECT_EQ(Journal(), "InstallFile=c:\\TALO\\SC_Install.scl\nUnInstallFile=c:\\TALO\\SC_Uninstall.scl\n"
+                         "GetWindowsConfiguration()\n");
     struct Case {
         int16_t mode;
         const char* call;
@@ -280,7 +281,8 @@ TEST(ControlSurface, PercentagesOfFractionsOutOfRange) {
         {0.5f, 50, 50},
     };
     for (const auto& c : cases) {
-        corvan::ControlSurface surface;
+        testing_support::ScriptedDesktop desktop;
+        corvan::ControlSurface surface(desktop);
         surface.ProgressFraction(c.fraction);
         surface.DrawTransferLine("setup.msi", c.fraction);
         EXPECT_EQ(surface.ProgressPercent(), c.progress) << c.fraction;

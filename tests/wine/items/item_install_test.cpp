@@ -88,7 +88,7 @@ TEST_F(ItemInstall, EachKindInstallsAndUninstallsByItsExtension) {
         const char* installSwitch;
         const char* uninstallSwitch;
         std::function<void()> afterInstall;
-        std::function<void()> beforeUninstall;  // undoes what the uninstall must redo
+        std::function<void()> beforeUninstall;
         std::function<void()> afterUninstall;
     };
     const std::string talo = kTalo, extracted = talo + "corvan_test\\";
@@ -122,14 +122,19 @@ TEST_F(ItemInstall, EachKindInstallsAndUninstallsByItsExtension) {
                  EXPECT_TRUE(winbench::FileExists(extracted + file)) << file;
              EXPECT_TRUE(winbench::FileExists(talo + pkg::kCab));
          }},
-        // A library is not run; its uninstall only deletes it, and a second
-        // uninstall of the file already gone is no error.
+        // A library is not run; the item registers the file it installed
+        // when asked. Its uninstall only deletes it, and a second uninstall
+        // of the file already gone is no error.
         {pkg::kDll, "", "",
          [&] {
              EXPECT_EQ(UserValue(pkg::kSelfRegisteringKey, "Module"), "(none)");
-             EXPECT_TRUE(winbench::FileExists(talo + pkg::kDll));
+             EXPECT_EQ(item.RegisterControl(), "");
+             EXPECT_EQ(UserValue(pkg::kSelfRegisteringKey, "Module"), talo + pkg::kDll);
          },
-         nullptr,
+         [&] {
+             EXPECT_EQ(item.RegisterControl(true), "");
+             EXPECT_EQ(UserValue(pkg::kSelfRegisteringKey, "Module"), "(none)");
+         },
          [&] {
              EXPECT_FALSE(winbench::FileExists(talo + pkg::kDll));
              item.Uninstall();
