@@ -20,6 +20,7 @@
 #include "control/bstr_text.h"
 #include "e2e_support.h"
 #include "installer_folder.h"
+#include "plan_agreement.h"
 #include "probe_server.h"
 #include "session_log.h"
 #include "test_packages.h"
@@ -203,6 +204,8 @@ protected:
 
     // The control server the pages load; empty for the registered one.
     virtual std::string Server() const { return ""; }
+    // Whether scl's plan of each install run is held against the run.
+    virtual bool ChecksThePlan() const { return true; }
     // The page's installer URL.
     std::string InstallerUrl() const { return pageUrl_.empty() ? folders_.at("primary")->URL() : pageUrl_; }
     // {primary}, {alt1}, {alt2}: the URLs of the scenario's installer folders.
@@ -232,6 +235,11 @@ protected:
 void Scenario::RunControl(const std::string& mode, const std::string& expected) {
     const size_t logged = winbench::FileExists("C:\\TALO\\SC_Install.log") ? control_tests::LogMessages().size() : 0;
     for (const char* list : kListFiles) listsBefore_[list] = ListFile(list);
+    // Every install run is first planned by scl, the publisher's preview,
+    // on the same lists and machine; the two must agree.
+    const bool plan = mode == "1" && ChecksThePlan();
+    RunSteps planned;
+    if (plan) planned = PlannedSteps(winbench::ReadFileBytes(folder_->Path() + "SC_Install.scl"), groups_, GetParam().name);
     Page page(InstallerUrl(), groups_, Server());
     ASSERT_TRUE(page.Ready());
     QuestionAnswerer answerer(answers_, boxes_);
@@ -246,6 +254,10 @@ void Scenario::RunControl(const std::string& mode, const std::string& expected) 
     EXPECT_EQ(got, expected) << "Run(" << mode << ")";
     const Texts log = control_tests::LogMessages();
     runLog_.assign(log.begin() + static_cast<ptrdiff_t>(std::min(logged, log.size())), log.end());
+    if (plan) {
+        EXPECT_TRUE(planned == LoggedSteps(runLog_)) << "scl plan disagrees with the run:\n"
+                                                     << planned.text << "the run's log:\n" << Join(runLog_, "\n");
+    }
 }
 
 void Scenario::Need(const std::string& expected, const std::string& todo) {
@@ -420,6 +432,9 @@ protected:
         const std::string path = self;
         return path.substr(0, path.find_last_of('\\') + 1) + "CorvanInstallerFaults.ocx";
     }
+    // A run the server or the PC cuts short does not follow a plan made
+    // from the lists; the plan's agreement is the normal runs' to show.
+    bool ChecksThePlan() const override { return false; }
 };
 
 TEST_P(Fault, Runs) { RunLines(); }
