@@ -15,6 +15,7 @@ namespace corvan::com {
 ManageClientCom::ManageClientCom()
     : events_(*this, DIID___ManageClient) {
     control_ = std::make_unique<ManageClient>(desktop_, *this);
+    control_->Surface().View(this);
 }
 
 ManageClientCom::~ManageClientCom() { events_.UnadviseAll(); }
@@ -168,15 +169,6 @@ bool ManageClientCom::RefusedBySiteLock(const std::string* installerUrl) {
     }
     InstallError(refusal);
     return true;
-}
-
-void ManageClientCom::Paint(HDC dc, const RECT& bounds) {
-    FillRect(dc, &bounds, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
-    std::string caption = control_->Surface().StatusCaption();
-    RECT text = bounds;
-    InflateRect(&text, -8, -8);
-    SetBkMode(dc, TRANSPARENT);
-    DrawTextA(dc, caption.c_str(), static_cast<int>(caption.size()), &text, DT_LEFT | DT_TOP | DT_WORDBREAK);
 }
 
 void ManageClientCom::InstallError(const std::string& message) {

@@ -58,7 +58,7 @@ public:
 
 protected:
     REFCLSID ControlClsid() const override { return CLSID_ManageClient; }
-    void Paint(HDC dc, const RECT& bounds) override;
+    ControlSurface& Surface() override { return control_->Surface(); }
 
 private:
     // Inside a browser, only https pages of the approved hosts may act, and
