@@ -112,7 +112,7 @@ class Demo:
                 f.write('[[package]]\nFileName = "%s"\nProductname = "%s"\nDescription = "%s"\n'
                         'InstallSwitch = "%s"\nUninstallSwitch = "%s"\nRegister = %d\n\n'
                         % (name, product, product, install, uninstall, register))
-        scl = os.path.join(self.root, "build", "native", "src", "tools", "scl", "scl")
+        scl = os.path.join(self.root, "build", "native", "out", "scl")
         listing = os.path.join(self.published, "SC_Install.scl")
         subprocess.run([scl, "build", self.published, manifest, "-o", listing, "--quiet"], check=True)
         lint = subprocess.run([scl, "lint", listing, "--files", self.published], capture_output=True, text=True)
@@ -171,7 +171,10 @@ class Demo:
         ok &= self.client("Update", ["/mode", "1"], 0)
         fetched = self.requests("corvan_test.mdb") - before
         others = sum(self.requests(name) for name, *_ in PACKAGES if name != "corvan_test.mdb")
-        ok &= self.client("Uninstall", ["/mode", "3"], 0)
+        # The uninstall list holds what the last install pass installed (after
+        # the update: only the database), so the help desk's full removal is
+        # mode 4, which rebuilds that list from the local packing list first.
+        ok &= self.client("Uninstall", ["/mode", "4"], 0)
         left = self.talo_files()
         backup = os.path.join(self.drive_c, "Temp", "Talo", "Backup")
 
