@@ -177,6 +177,7 @@ protected:
         SetEnvironmentVariableA("CORVAN_COMMAND_RECORD", commandRecord_.c_str());
     }
     void TearDown() override {
+        if (unregistered_) control_tests::Regsvr32(winbench::OutDir() + "\\CorvanInstaller.ocx");
         machine_.Clean();
         folder_.reset();
     }
@@ -185,11 +186,14 @@ protected:
     void Check(const Line& line);
     void RunControl(const std::string& mode, const std::string& expected);
     void Need(const std::string& expected, const std::string& todo);
+    void RunClient(const std::string& arguments, const std::string& expected);
 
     Machine machine_;
     std::unique_ptr<testserver::InstallerFolder> folder_;
     std::string commandRecord_;
     std::string groups_;
+    bool unregistered_ = false;
+    std::string clientOutput_;  // what CorvanClient.exe printed in its last run
     std::deque<std::string> answers_;
     Texts boxes_;
     Texts heard_;       // the page's events of the last run: "1:error", "2:status"
@@ -226,6 +230,20 @@ void Scenario::Need(const std::string& expected, const std::string& todo) {
     EXPECT_EQ(EngineNeedToDo(folder_->URL()), todo == "-" ? "" : todo) << "NeedToDo";
 }
 
+// CorvanClient.exe as a help desk or a deployment script runs it: the
+// scenario's installer and groups unless the arguments name their own.
+void Scenario::RunClient(const std::string& arguments, const std::string& expected) {
+    const size_t logged = winbench::FileExists("C:\\TALO\\SC_Install.log") ? control_tests::LogMessages().size() : 0;
+    std::string command = "\"" + winbench::OutDir() + "\\CorvanClient.exe\" " + arguments;
+    if (arguments.find("/url") == std::string::npos) command += " /url " + folder_->URL() + "default.asp";
+    if (!groups_.empty()) command += " /groups \"" + groups_ + "\"";
+    winbench::ChildResult run = winbench::RunAndWait(command);
+    clientOutput_ = run.output;
+    EXPECT_EQ(std::to_string(run.exitCode), expected) << command << "\n" << run.output;
+    const Texts log = winbench::FileExists("C:\\TALO\\SC_Install.log") ? control_tests::LogMessages() : Texts();
+    runLog_.assign(log.begin() + static_cast<ptrdiff_t>(std::min(logged, log.size())), log.end());
+}
+
 void Scenario::Do(const Line& line) {
     const std::string& text = line.text;
     if (line.keyword == "publish") {
@@ -256,6 +274,13 @@ void Scenario::Do(const Line& line) {
         const Texts words = Split(text, " ");
         boxes_.clear();
         RunControl(words.at(0), words.at(1));
+    } else if (line.keyword == "client") {
+        const size_t arrow = text.rfind(" => ");
+        ASSERT_NE(arrow, std::string::npos) << "line " << line.number << ": client <arguments> => <exit code>";
+        RunClient(text.substr(0, arrow), text.substr(arrow + 4));
+    } else if (line.keyword == "unregistered") {
+        ASSERT_TRUE(control_tests::Regsvr32(winbench::OutDir() + "\\CorvanInstaller.ocx", true));
+        unregistered_ = true;
     } else if (line.keyword == "need") {
         const Texts words = Split(text, " ");
         Need(words.at(0), words.at(1));
@@ -323,6 +348,12 @@ void Scenario::Check(const Line& line) {
             const size_t equals = part.find('=');
             EXPECT_EQ(std::to_string(folder_->Requests(FileOf(part.substr(0, equals)))), part.substr(equals + 1))
                 << part;
+        }
+    } else if (line.keyword == "output") {
+        size_t at = 0;
+        for (const std::string& wanted : Split(text, " | ")) {
+            at = clientOutput_.find(wanted, at);
+            ASSERT_NE(at, std::string::npos) << "not printed in this order: " << wanted << "\n" << clientOutput_;
         }
     } else if (line.keyword == "boxes") {
         EXPECT_EQ(Join(boxes_, ", "), text);
