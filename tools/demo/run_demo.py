@@ -165,12 +165,14 @@ class Demo:
         # One package changes on the server: only it is fetched again.
         with open(os.path.join(self.published, "corvan_test.mdb"), "ab") as f:
             f.write(b"a new price table\r\n")
+        others = [name for name, *_ in PACKAGES if name != "corvan_test.mdb"]
         before = self.requests("corvan_test.mdb")
+        others_before = sum(self.requests(name) for name in others)
         self.publish("the database changed")
         ok &= self.client("Check after the change", ["/check"], 4)
         ok &= self.client("Update", ["/mode", "1"], 0)
         fetched = self.requests("corvan_test.mdb") - before
-        others = sum(self.requests(name) for name, *_ in PACKAGES if name != "corvan_test.mdb")
+        others_fetched = sum(self.requests(name) for name in others) - others_before
         # The uninstall list holds what the last install pass installed (after
         # the update: only the database), so the help desk's full removal is
         # mode 4, which rebuilds that list from the local packing list first.
@@ -184,11 +186,14 @@ class Demo:
             self.say("   %-24s exit %d (expected %d) %6.1f s%s" % (title, code, expected, elapsed,
                                                                   "" if code == expected else "   <- unexpected"))
         self.say("   installed in C:\\TALO: " + ", ".join(installed))
-        self.say("   update fetched corvan_test.mdb %d time(s); the other packages were fetched %d time(s) in all"
-                 % (fetched, others))
+        self.say("   the update fetched corvan_test.mdb %d time(s) and the other packages %d time(s)"
+                 % (fetched, others_fetched))
         self.say("   after the uninstall C:\\TALO holds: " + (", ".join(left) or "nothing"))
-        if os.path.isdir(backup):
-            self.say("   databases saved to C:\\Temp\\Talo\\Backup: " + ", ".join(sorted(os.listdir(backup))))
+        saved = sorted(os.listdir(backup)) if os.path.isdir(backup) else []
+        self.say("   databases saved to C:\\Temp\\Talo\\Backup: " + (", ".join(saved) or "none"))
+        if "corvan_test.mdb" not in saved:
+            self.say("   !! the uninstall should have saved the dealer's database")
+            ok = False
         self.say("   install log and lists of every step: " + os.path.relpath(self.output, self.root))
         if fetched != 1:
             self.say("   !! the update should have fetched the changed package exactly once")
