@@ -19,6 +19,7 @@
 #include "control/bstr_text.h"
 #include "e2e_support.h"
 #include "installer_folder.h"
+#include "plan_agreement.h"
 #include "probe_server.h"
 #include "session_log.h"
 #include "test_packages.h"
@@ -203,6 +204,11 @@ protected:
 
 void Scenario::RunControl(const std::string& mode, const std::string& expected) {
     const size_t logged = winbench::FileExists("C:\\TALO\\SC_Install.log") ? control_tests::LogMessages().size() : 0;
+    // Every install run is first planned by scl, the publisher's preview,
+    // on the same lists and machine; the two must agree.
+    RunSteps planned;
+    if (mode == "1")
+        planned = PlannedSteps(winbench::ReadFileBytes(folder_->Path() + "SC_Install.scl"), groups_, GetParam().name);
     Page page(folder_->URL(), groups_);
     ASSERT_TRUE(page.Ready());
     QuestionAnswerer answerer(answers_, boxes_);
@@ -215,6 +221,10 @@ void Scenario::RunControl(const std::string& mode, const std::string& expected) 
     EXPECT_EQ(got, expected) << "Run(" << mode << ")";
     const Texts log = control_tests::LogMessages();
     runLog_.assign(log.begin() + static_cast<ptrdiff_t>(std::min(logged, log.size())), log.end());
+    if (mode == "1") {
+        EXPECT_TRUE(planned == LoggedSteps(runLog_)) << "scl plan disagrees with the run:\n"
+                                                     << planned.text << "the run's log:\n" << Join(runLog_, "\n");
+    }
 }
 
 void Scenario::Need(const std::string& expected, const std::string& todo) {
