@@ -7,7 +7,7 @@
 #include <windows.h>
 
 #include "installer_folder.h"
-#include "scripted_desktop.h"
+#include "control/WindowsDesktop.h"
 #include "settings/modCorvanInstaller_Global.h"
 #include "test_server.h"
 #include "wine_bench.h"
@@ -17,17 +17,9 @@ using corvan::clsFTP;
 
 namespace {
 
-// A page's message loop: every pump dispatches what is waiting, and a thread
-// timer ticks every 50 ms, so the gaps between ticks show how long the page
-// went without its messages.
-struct PageDesktop : testing_support::ScriptedDesktop {
-    void DoEvents() override {
-        ScriptedDesktop::DoEvents();
-        MSG message;
-        while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageA(&message);
-    }
-};
-
+// The control's own desktop lets the page's messages run; a thread timer
+// ticks every 50 ms, so the gaps between ticks show how long the page went
+// without its messages.
 std::vector<DWORD> ticks;
 void CALLBACK Tick(HWND, UINT, UINT_PTR, DWORD) { ticks.push_back(GetTickCount()); }
 
@@ -66,7 +58,7 @@ protected:
     winbench::ScratchFolder scratch{"transfer-retry"};
     corvan::TransferPolicy saved;
     int16_t savedTries = 0;
-    PageDesktop desktop;
+    corvan::WindowsDesktop desktop;
     EventLog events;
     std::unique_ptr<clsFTP> session;
 };
