@@ -20,7 +20,9 @@ public:
     // Replaced by the control's URL property.
     void MasterUrlSource(std::string value) { Set(masterUrlSource_, std::move(value)); }
     std::string AltUrlSource1() const { return Get(altUrlSource1_); }
+    void AltUrlSource1(std::string value) { Set(altUrlSource1_, std::move(value)); }
     std::string AltUrlSource2() const { return Get(altUrlSource2_); }
+    void AltUrlSource2(std::string value) { Set(altUrlSource2_, std::move(value)); }
     std::string Root() const { return Get(root_); }
     int16_t MaxTries() const { return Get(maxTries_); }
     void MaxTries(int16_t value) { Set(maxTries_, value); }
