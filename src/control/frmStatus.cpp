@@ -8,6 +8,7 @@
 #include "control/ScreenPointer.h"
 #include "control/panel_art.h"
 #include "control/report_printer.h"
+#include "control/window_trap.h"
 
 namespace corvan {
 
@@ -31,7 +32,9 @@ frmStatus& frmStatus::Instance() {
     return form;
 }
 
-frmStatus::frmStatus() {
+frmStatus::frmStatus() { Load(); }
+
+void frmStatus::Load() {
     static ATOM registered = [] {
         WNDCLASSA windowClass = {};
         windowClass.lpfnWndProc = &frmStatus::WindowProc;
@@ -60,7 +63,7 @@ frmStatus::frmStatus() {
     GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
                        reinterpret_cast<LPCSTR>(reinterpret_cast<uintptr_t>(&frmStatus::WindowProc)), &pinned);
 
-    font_ = CreatePanelFont("Tahoma", 8, false, ScreenDpiY());
+    if (!font_) font_ = CreatePanelFont("Tahoma", 8, false, ScreenDpiY());
     textBox_ = CreateWindowExA(WS_EX_CLIENTEDGE, "EDIT", "",
                                WS_CHILD | WS_VISIBLE | WS_VSCROLL | ES_MULTILINE | ES_READONLY | ES_AUTOVSCROLL, 0, 0,
                                0, 0, window_, reinterpret_cast<HMENU>(static_cast<INT_PTR>(txtStatus)), ThisModule(),
@@ -77,6 +80,8 @@ frmStatus::frmStatus() {
     for (int id : {txtStatus, cmdPrint, cmdCopy, cmdClose})
         SendMessageA(Child(window_, id), WM_SETFONT, reinterpret_cast<WPARAM>(font_), FALSE);
     LayOut();
+    // A window made again after its owner took it away shows the whole report.
+    SetWindowTextA(textBox_, text_.c_str());
     desktop_.DoEvents();
 }
 
@@ -95,7 +100,9 @@ void frmStatus::LayOut() {
 
 void frmStatus::Status(const std::string& text) {
     text_ += text;
-    if (textBox_) {
+    if (!window_) {
+        Load();  // shows the whole report, this text with it
+    } else if (textBox_) {
         int end = GetWindowTextLengthA(textBox_);
         SendMessageA(textBox_, EM_SETSEL, end, end);
         SendMessageA(textBox_, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(text.c_str()));
@@ -104,6 +111,7 @@ void frmStatus::Status(const std::string& text) {
 }
 
 void frmStatus::Display(bool showPrint, HWND owner) {
+    if (!window_) Load();
     if (!window_) return;
     ShowWindow(Child(window_, cmdPrint), showPrint ? SW_SHOW : SW_HIDE);
     HWND root = owner ? GetAncestor(owner, GA_ROOT) : nullptr;
@@ -167,7 +175,7 @@ void frmStatus::Paint(HDC dc) {
     art.PaintLogo(dc, logo, false);
 }
 
-LRESULT frmStatus::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT frmStatus::HandleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
         case WM_PAINT: {
             PAINTSTRUCT paint;
@@ -185,6 +193,7 @@ LRESULT frmStatus::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
             // The report is read-only but stays on white, as a document.
             if (reinterpret_cast<HWND>(lParam) == textBox_) {
                 SetBkColor(reinterpret_cast<HDC>(wParam), RGB(255, 255, 255));
+                SetTextColor(reinterpret_cast<HDC>(wParam), GetSysColor(COLOR_WINDOWTEXT));
                 return reinterpret_cast<LRESULT>(GetStockObject(WHITE_BRUSH));
             }
             break;
@@ -204,21 +213,21 @@ LRESULT frmStatus::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_CLOSE:
             Close();
             return 0;
+        case WM_NCDESTROY:
+            // Windows destroys an owned window with its owner, when the page
+            // goes; the report stays and the next use makes a new window.
+            window_ = textBox_ = nullptr;
+            break;
         default:
             break;
     }
-    return DefWindowProcA(window_, message, wParam, lParam);
+    return DefWindowProcA(window, message, wParam, lParam);
 }
 
 LRESULT CALLBACK frmStatus::WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     auto* form = reinterpret_cast<frmStatus*>(GetWindowLongPtrA(window, GWLP_USERDATA));
     if (!form) return DefWindowProcA(window, message, wParam, lParam);
-    try {
-        return form->HandleMessage(message, wParam, lParam);
-    } catch (...) {
-        if (message == WM_PAINT) ValidateRect(window, nullptr);
-        return 0;
-    }
+    return Trapped(window, message, [&] { return form->HandleMessage(window, message, wParam, lParam); });
 }
 
 }  // namespace corvan

@@ -41,9 +41,11 @@ public:
 
 private:
     frmStatus();
+    // Makes the window, hidden, with the report so far.
+    void Load();
     void LayOut();
     void Paint(HDC dc);
-    LRESULT HandleMessage(UINT message, WPARAM wParam, LPARAM lParam);
+    LRESULT HandleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
     static LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
     WindowsDesktop desktop_;

@@ -4,22 +4,15 @@
 #include <utility>
 
 #include "common/text.h"
+#include "files/list_rows.h"
 
 namespace corvan {
 
-TextRows::TextRows(std::string text) : text_(std::move(text)) {
-    for (size_t i = 0; i < text_.size(); ++i)
-        if (text_[i] == '\r') ends_.push_back(i);
-}
+TextRows::TextRows(std::string text) : text_(std::move(text)), starts_(IndexListRows(text_)) {}
 
 std::string TextRows::GetRow(int32_t index) const {
-    if (index < 1 || index > RowCount()) return {};
-    size_t from = index == 1 ? 0 : ends_[index - 2];
-    size_t to = ends_[index - 1];
-    auto isBreak = [](char c) { return c == '\r' || c == '\n'; };
-    while (from < to && isBreak(text_[from])) ++from;
-    while (to > from && isBreak(text_[to - 1])) --to;
-    return text_.substr(from, to - from);
+    if (index > RowCount()) return {};
+    return std::string(ListRow(text_, starts_, index));
 }
 
 ListForm CheckListForm(const ListRows& rows) {

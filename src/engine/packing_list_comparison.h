@@ -23,12 +23,12 @@ public:
 class TextRows : public ListRows {
 public:
     explicit TextRows(std::string text);
-    int32_t RowCount() const override { return static_cast<int32_t>(ends_.size()); }
+    int32_t RowCount() const override { return static_cast<int32_t>(starts_.size()) - 1; }
     std::string GetRow(int32_t index) const override;
 
 private:
     std::string text_;
-    std::vector<size_t> ends_;  // offset of each row's carriage return
+    std::vector<size_t> starts_;  // where each row begins, by the file object's rule (files/list_rows.h)
 };
 
 // The form of a list as the engine checks it: only the first row is looked

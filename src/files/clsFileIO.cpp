@@ -5,6 +5,7 @@
 
 #include "files/cBinaryFileStream.h"
 #include "files/folder_browser.h"
+#include "files/list_rows.h"
 #include "files/text_file.h"
 #include "files/win_errors.h"
 
@@ -12,8 +13,6 @@ namespace corvan {
 namespace {
 
 const char kWriteTextSource[] = "clsFileIO.WriteText";
-
-bool IsLineBreak(char c) { return c == '\r' || c == '\n'; }
 
 }  // namespace
 
@@ -46,12 +45,7 @@ void clsFileIO::SetMode(Mode mode) {
     status_ = mode == Mode::Read ? "Open" : mode == Mode::Write ? "Write" : "Closed";
 }
 
-// Entry 1 is the start of the text; every carriage return starts one more.
-void clsFileIO::IndexRows() {
-    rowStarts_.assign(1, 0);
-    for (size_t i = 0; i < contents_.size(); ++i)
-        if (contents_[i] == '\r') rowStarts_.push_back(i);
-}
+void clsFileIO::IndexRows() { rowStarts_ = IndexListRows(contents_); }
 
 void clsFileIO::CreateFile(const std::string& path) {
     CloseFile();
@@ -143,28 +137,14 @@ std::string clsFileIO::VersionNumber() const {
     return text;
 }
 
-std::string clsFileIO::GetRow(int32_t index) const {
-    if (contents_.empty() || index < 1 || static_cast<size_t>(index) > rowStarts_.size()) return {};
-    const size_t begin = rowStarts_[index - 1];
-    const size_t end = static_cast<size_t>(index) < rowStarts_.size() ? rowStarts_[index] : contents_.size();
-    size_t from = begin, to = end;
-    while (from < to && IsLineBreak(contents_[from])) ++from;
-    while (to > from && IsLineBreak(contents_[to - 1])) --to;
-    return contents_.substr(from, to - from);
-}
+std::string clsFileIO::GetRow(int32_t index) const { return std::string(ListRow(contents_, rowStarts_, index)); }
 
 void clsFileIO::CRCProgress(int16_t& Percent) {
     if (listener_ != nullptr) listener_->CRCProgress(Percent);
 }
 
 std::string clsFileIO::CRC32() {
-    cBinaryFileStream stream;
-    stream.File(path_);
-    cCRC32 crc(this);
-    const uint32_t value = static_cast<uint32_t>(crc.GetFileCrc32(stream));
-    char text[16];
-    std::snprintf(text, sizeof text, "%X", value);
-    return text;
+    return FileCrcText(path_, this);
 }
 
 }  // namespace corvan
