@@ -1,7 +1,8 @@
 #include "common/conversions.h"
 
+#include <algorithm>
+#include <charconv>
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 #include <optional>
 #include <string>
@@ -39,6 +40,27 @@ std::optional<uint64_t> ReadRadixDigits(std::string_view text, size_t& pos, int 
     return bits;
 }
 
+// For a number beyond the range of a double: true when it is too large,
+// false when it is too small (its first significant digit stands far right
+// of the point).
+bool TooLarge(const std::string& number) {
+    const size_t e = number.find_first_of("eE");
+    const std::string mantissa = number.substr(0, e);
+    long exponent = 0;
+    if (e != std::string::npos) {
+        const char* first = number.data() + e + 1;
+        if (*first == '+') ++first;
+        if (std::from_chars(first, number.data() + number.size(), exponent).ec != std::errc())
+            exponent = *first == '-' ? -100000 : 100000;  // more digits than a long holds
+    }
+    const size_t point = std::min(mantissa.find('.'), mantissa.size());
+    const size_t significant = mantissa.find_first_of("123456789");
+    if (significant == std::string::npos) return false;
+    const long position = significant < point ? static_cast<long>(point - significant)
+                                              : -static_cast<long>(significant - point - 1);
+    return position + exponent > 0;
+}
+
 // Converts a decimal number already checked for shape ("-12.5E3"; a D
 // exponent is allowed) without any locale.
 double DecimalValue(std::string_view number) {
@@ -48,10 +70,16 @@ double DecimalValue(std::string_view number) {
         if (c == 'd' || c == 'D') c = 'e';
     }
     if (normal.empty() || normal == "-") return 0.0;
-    // The process never changes its C locale, so the point is '.'. Overflow
-    // gives infinity; underflow reads as zero, as the runtime's does.
-    double value = std::strtod(normal.c_str(), nullptr);
-    if (!std::isfinite(value)) throw RuntimeError(error::kOverflow, kSource);
+    // The point is always '.', whatever locale the host process has set.
+    // Underflow reads as zero, as the runtime's does; a number beyond the
+    // double range overflows.
+    double value = 0.0;
+    const std::from_chars_result read = std::from_chars(normal.data(), normal.data() + normal.size(), value);
+    if (read.ec == std::errc::result_out_of_range) {
+        if (TooLarge(normal)) throw RuntimeError(error::kOverflow, kSource);
+        return 0.0;
+    }
+    if (read.ec != std::errc() || !std::isfinite(value)) throw RuntimeError(error::kOverflow, kSource);
     return value;
 }
 

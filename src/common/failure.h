@@ -25,6 +25,7 @@ private:
 namespace error {
 inline constexpr int32_t kInvalidProcedureCall = 5;
 inline constexpr int32_t kOverflow = 6;
+inline constexpr int32_t kOutOfMemory = 7;
 inline constexpr int32_t kSubscriptOutOfRange = 9;
 inline constexpr int32_t kTypeMismatch = 13;
 inline constexpr int32_t kFileNotFound = 53;
@@ -39,5 +40,10 @@ std::string RuntimeErrorDescription(int32_t number);
 
 // A Failure with the runtime's description, raised from `source`.
 Failure RuntimeError(int32_t number, std::string source);
+
+// The exception being handled, as the runtime would have raised it: a
+// Failure stays itself, memory running out is 7 "Out of memory", anything
+// else 5 with its own text. Only valid inside a catch block.
+Failure FailureInFlight(const std::string& source);
 
 }  // namespace corvan

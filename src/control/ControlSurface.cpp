@@ -10,13 +10,20 @@ int WholePercent(float fraction) { return static_cast<int>(std::floor(fraction *
 
 int ControlSurface::ProgressPercent() const { return WholePercent(progress_); }
 
+int ControlSurface::ProgressFillPercent() const {
+    int percent = ProgressPercent();
+    if (percent == 0) return 1;
+    if (percent == 100) return 99;
+    return percent;
+}
+
 std::string ControlSurface::StatusCaption() const {
     int percent = ProgressPercent();
     if (percent > 0) return lastMessage_ + "  " + std::to_string(percent) + "%";
     return lastMessage_;
 }
 
-void ControlSurface::RedrawProgressBar() { ++progressRedraws_; }
+void ControlSurface::RedrawProgressBar() { Changed(SurfacePart::ProgressBar, true); }
 
 void ControlSurface::DrawTransferLine(const std::string& text, float fraction) {
     if (!text.empty()) transferText_ = text;
@@ -25,6 +32,9 @@ void ControlSurface::DrawTransferLine(const std::string& text, float fraction) {
     if (fraction > 100) fraction = 100;
     if (fraction != -1) transferFraction_ = fraction;
     if (transferFraction_ > 100) transferFraction_ = 100;
+    Changed(SurfacePart::TransferLine, true);
+    // A long download calls this after every block: the page stays live.
+    desktop_.DoEvents();
 }
 
 int ControlSurface::TransferPercent() const {
@@ -34,6 +44,28 @@ int ControlSurface::TransferPercent() const {
 
 std::string ControlSurface::TransferCaption() const {
     return transferText_ + " - " + std::to_string(TransferPercent()) + "%";
+}
+
+void ControlSurface::TransferLineVisible(bool visible) {
+    if (visible == transferVisible_) return;
+    transferVisible_ = visible;
+    Changed(SurfacePart::TransferLine, false);
+}
+
+void ControlSurface::VersionCaption(std::string caption) {
+    versionCaption_ = std::move(caption);
+    Changed(SurfacePart::VersionLine, false);
+}
+
+void ControlSurface::Changed(SurfacePart part, bool refresh) {
+    if (view_) view_->SurfaceChanged(part, refresh);
+}
+
+std::string VersionLine(int major, int minor, int revision, const std::string& osName, const std::string& osVersion,
+                        const std::string& servicePack, const std::string& build) {
+    return "Installer Version: " + std::to_string(major) + "." + std::to_string(minor) + "." +
+           std::to_string(revision) + " - OS: " + osName + " v" + osVersion + " " + servicePack +
+           " (Build: " + build + ") ";
 }
 
 }  // namespace corvan

@@ -41,7 +41,7 @@ void MakeFolder(const std::string& path) {
 }  // namespace
 
 ManageClient::ManageClient(Desktop& desktop, ManageClientEvents& events)
-    : desktop_(desktop), events_(events), objInstall_(CreateInstallEngine(*this, desktop)) {
+    : desktop_(desktop), events_(events), objInstall_(CreateInstallEngine(*this, desktop)), surface_(desktop) {
     InstallerSettings& settings = modCorvanInstaller_Global();
     settings.Load();
     objInstall_->InstallFile(settings.InstallListPath());

@@ -3,6 +3,10 @@
 #include <olectl.h>
 
 #include "control/bstr_text.h"
+#include "control/browser_page.h"
+#include "control/com_ptr.h"
+#include "control/site_lock.h"
+#include "logging/write_log.h"
 #include "control/com_guard.h"
 #include "control/modIObjectSafety.h"
 
@@ -11,6 +15,7 @@ namespace corvan::com {
 ManageClientCom::ManageClientCom()
     : events_(*this, DIID___ManageClient) {
     control_ = std::make_unique<ManageClient>(desktop_, *this);
+    control_->Surface().View(this);
 }
 
 ManageClientCom::~ManageClientCom() { events_.UnadviseAll(); }
@@ -22,6 +27,7 @@ void* ManageClientCom::FindInterface(REFIID riid) {
         return static_cast<IProvideClassInfo2*>(this);
     if (IsEqualIID(riid, IID_IObjectSafety)) return static_cast<IObjectSafety*>(this);
     if (IsEqualIID(riid, IID_IConnectionPointContainer)) return static_cast<IConnectionPointContainer*>(this);
+    if (IsEqualIID(riid, IID_IManageClientProgress)) return static_cast<IManageClientProgress*>(this);
     return FindOleInterface(riid);
 }
 
@@ -33,10 +39,25 @@ STDMETHODIMP ManageClientCom::get_Status(BSTR* status) {
     });
 }
 
+STDMETHODIMP ManageClientCom::GetProgress(float* fraction, BSTR* caption, float* transferFraction, BSTR* transferText) {
+    if (!fraction || !caption || !transferFraction || !transferText) return E_POINTER;
+    *caption = *transferText = nullptr;
+    return Guarded([&] {
+        const ControlSurface& surface = control_->Surface();
+        *fraction = surface.ProgressFraction();
+        *transferFraction = surface.TransferFraction();
+        *caption = ToBstr(surface.StatusCaption());
+        *transferText = ToBstr(surface.TransferLineVisible() ? surface.TransferText() : std::string());
+        return S_OK;
+    });
+}
+
 STDMETHODIMP ManageClientCom::put_URL(BSTR* url) {
     if (!url) return E_POINTER;
     return Guarded([&] {
-        control_->URL(FromBstr(*url));
+        std::string text = FromBstr(*url);
+        if (RefusedBySiteLock(&text)) return S_OK;
+        control_->URL(text);
         return S_OK;
     });
 }
@@ -45,6 +66,11 @@ STDMETHODIMP ManageClientCom::Run(short* mode, VARIANT* result) {
     if (!mode || !result) return E_POINTER;
     VariantInit(result);
     return Guarded([&] {
+        if (RefusedBySiteLock()) {
+            V_VT(result) = VT_BOOL;
+            V_BOOL(result) = VARIANT_FALSE;
+            return S_OK;
+        }
         std::optional<bool> outcome = control_->Run(*mode);
         if (outcome) {
             V_VT(result) = VT_BOOL;
@@ -56,7 +82,9 @@ STDMETHODIMP ManageClientCom::Run(short* mode, VARIANT* result) {
 
 STDMETHODIMP ManageClientCom::NeedToInstall(VARIANT_BOOL* result) {
     if (!result) return E_POINTER;
+    *result = VARIANT_FALSE;
     return Guarded([&] {
+        if (RefusedBySiteLock()) return S_OK;
         *result = control_->NeedToInstall() ? VARIANT_TRUE : VARIANT_FALSE;
         return S_OK;
     });
@@ -125,13 +153,22 @@ STDMETHODIMP ManageClientCom::Close(DWORD saveOption) {
     return hr;
 }
 
-void ManageClientCom::Paint(HDC dc, const RECT& bounds) {
-    FillRect(dc, &bounds, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
-    std::string caption = control_->Surface().StatusCaption();
-    RECT text = bounds;
-    InflateRect(&text, -8, -8);
-    SetBkMode(dc, TRANSPARENT);
-    DrawTextA(dc, caption.c_str(), static_cast<int>(caption.size()), &text, DT_LEFT | DT_TOP | DT_WORDBREAK);
+bool ManageClientCom::RefusedBySiteLock(const std::string* installerUrl) {
+    ComPtr<IOleClientSite> site;
+    GetClientSite(site.Put());
+    BrowserPage page = FindBrowserPage(site.Get());
+    if (!page.inBrowser) return false;
+    SiteLock lock(ApprovedHosts());
+    std::string refusal = lock.RefusePage(page.url);
+    if (refusal.empty() && installerUrl) refusal = lock.RefuseInstallerUrl(*installerUrl);
+    if (refusal.empty()) return false;
+    // Told in this order so that a page that cannot be logged still hears it.
+    try {
+        WriteLog(refusal);
+    } catch (...) {
+    }
+    InstallError(refusal);
+    return true;
 }
 
 void ManageClientCom::InstallError(const std::string& message) {

@@ -20,7 +20,7 @@ namespace corvan::com {
 // connection point, the OLE control interfaces, and what script hosts and
 // browsers ask before they trust it.
 class ManageClientCom : public ComObject<ManageClientCom, TypeInfoDispatch<_ManageClient, &IID__ManageClient>, IProvideClassInfo2,
-                                         IObjectSafety, IConnectionPointContainer, OleControl>,
+                                         IObjectSafety, IConnectionPointContainer, IManageClientProgress, OleControl>,
                         public ManageClientEvents {
 public:
     ManageClientCom();
@@ -50,14 +50,22 @@ public:
     STDMETHODIMP EnumConnectionPoints(IEnumConnectionPoints** points) override;
     STDMETHODIMP FindConnectionPoint(REFIID riid, IConnectionPoint** point) override;
 
+    // IManageClientProgress
+    STDMETHODIMP GetProgress(float* fraction, BSTR* caption, float* transferFraction, BSTR* transferText) override;
+
     // IOleObject: closing also lets go of the page's event sinks.
     STDMETHODIMP Close(DWORD saveOption) override;
 
 protected:
     REFCLSID ControlClsid() const override { return CLSID_ManageClient; }
-    void Paint(HDC dc, const RECT& bounds) override;
+    ControlSurface& Surface() override { return control_->Surface(); }
 
 private:
+    // Inside a browser, only https pages of the approved hosts may act, and
+    // only towards an approved installer. Empty when the call may go on;
+    // otherwise the refusal has been logged and told to the page.
+    bool RefusedBySiteLock(const std::string* installerUrl = nullptr);
+
     void InstallError(const std::string& message) override;
     void InstallStatus(const std::string& message) override;
 

@@ -1,17 +1,16 @@
 #include "control/OleControl.h"
 
 #include "common/this_module.h"
+#include "control/PanelPainter.h"
+#include "control/ScreenPointer.h"
+#include "corvan/build_config.h"
+#include "platform/clsWindowTools.h"
 
 namespace corvan::com {
 
 namespace {
 
 constexpr char kWindowClass[] = "CorvanInstallerManageClient";
-
-// 8000 x 1905 twips, the panel's least width and its fixed height, in
-// HIMETRIC units.
-constexpr LONG kDefaultWidth = 8000 * 2540 / 1440;
-constexpr LONG kDefaultHeight = 1905 * 2540 / 1440;
 
 template <typename T>
 void ReleaseAndClear(T*& pointer) {
@@ -21,7 +20,7 @@ void ReleaseAndClear(T*& pointer) {
 
 }  // namespace
 
-OleControl::OleControl() : extent_{kDefaultWidth, kDefaultHeight} {}
+OleControl::OleControl() = default;
 
 OleControl::~OleControl() {
     if (window_) DestroyWindow(window_);
@@ -118,9 +117,10 @@ HRESULT OleControl::ActivateInPlace(IOleClientSite* site, HWND parent) {
         return RegisterClassA(&windowClass);
     }();
     (void)registered;
+    size_ = FitPanel(PanelWidthForPixels(position.right - position.left, ScreenDpiX()), kPanelHeight);
+    SIZE pixels = PanelPixels(size_.width);
     window_ = CreateWindowExA(0, kWindowClass, "", WS_CHILD | WS_VISIBLE | WS_CLIPSIBLINGS, position.left,
-                              position.top, position.right - position.left, position.bottom - position.top, parent,
-                              nullptr, ThisModule(), nullptr);
+                              position.top, pixels.cx, pixels.cy, parent, nullptr, ThisModule(), nullptr);
     if (!window_) {
         inPlace->OnInPlaceDeactivate();
         inPlace->Release();
@@ -128,6 +128,8 @@ HRESULT OleControl::ActivateInPlace(IOleClientSite* site, HWND parent) {
     }
     SetWindowLongPtrA(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     inPlaceSite_ = inPlace;
+    ShowVersionLine();
+    RedrawAfterLayout();
     return S_OK;
 }
 
@@ -146,10 +148,74 @@ STDMETHODIMP OleControl::InPlaceDeactivate() {
 
 STDMETHODIMP OleControl::SetObjectRects(LPCRECT position, LPCRECT) {
     if (!position) return E_POINTER;
-    if (window_)
-        MoveWindow(window_, position->left, position->top, position->right - position->left,
-                   position->bottom - position->top, TRUE);
+    try {
+        Resize(PanelWidthForPixels(position->right - position->left, ScreenDpiX()), position);
+    } catch (...) {
+        return E_UNEXPECTED;
+    }
     return S_OK;
+}
+
+void OleControl::Resize(int widthTwips, const RECT* requested) {
+    size_ = FitPanel(widthTwips, kPanelHeight);
+    if (!window_) {
+        RedrawAfterLayout();
+        return;
+    }
+    RECT placed;
+    if (requested) {
+        placed = *requested;
+    } else {
+        GetWindowRect(window_, &placed);
+        MapWindowPoints(nullptr, GetParent(window_), reinterpret_cast<POINT*>(&placed), 2);
+    }
+    SIZE pixels = PanelPixels(size_.width);
+    placed.right = placed.left + pixels.cx;
+    placed.bottom = placed.top + pixels.cy;
+    RECT current;
+    GetClientRect(window_, &current);
+    resizing_ = true;
+    MoveWindow(window_, placed.left, placed.top, pixels.cx, pixels.cy, TRUE);
+    resizing_ = false;
+    // A container that placed the control otherwise learns where it went.
+    if (inPlaceSite_ && (!requested || !EqualRect(&placed, requested))) {
+        IOleInPlaceSite* site = inPlaceSite_;
+        site->AddRef();
+        site->OnPosRectChange(&placed);
+        site->Release();
+    }
+    // The window's own resize lays out again when the size changed.
+    if (current.right == pixels.cx && current.bottom == pixels.cy) RedrawAfterLayout();
+}
+
+void OleControl::RedrawAfterLayout() {
+    ControlSurface& surface = Surface();
+    surface.RedrawProgressBar();
+    surface.DrawTransferLine("", -1);
+}
+
+void OleControl::ShowVersionLine() {
+    if (versionShown_) return;
+    versionShown_ = true;
+    clsWindowTools tools;
+    Surface().VersionCaption(VersionLine(CORVAN_VERSION_MAJOR, CORVAN_VERSION_MINOR, CORVAN_VERSION_REVISION,
+                                         tools.VersionName(), tools.VersionNo(), tools.ServicePack(),
+                                         tools.BuildNo()));
+}
+
+void OleControl::SurfaceChanged(SurfacePart part, bool refresh) {
+    if (window_) {
+        RECT area = PartPixels(size_.width, part);
+        InvalidateRect(window_, &area, FALSE);
+        if (refresh) UpdateWindow(window_);
+    }
+    if (viewSink_ && (viewAspects_ & DVASPECT_CONTENT)) {
+        IAdviseSink* sink = viewSink_;
+        sink->AddRef();
+        if (viewFlags_ & ADVF_ONLYONCE) ReleaseAndClear(viewSink_);
+        sink->OnViewChange(DVASPECT_CONTENT, -1);
+        sink->Release();
+    }
 }
 
 STDMETHODIMP OleControl::EnumVerbs(IEnumOLEVERB** verbs) { return OleRegEnumVerbs(ControlClsid(), verbs); }
@@ -163,14 +229,18 @@ STDMETHODIMP OleControl::GetUserType(DWORD form, LPOLESTR* userType) {
 STDMETHODIMP OleControl::SetExtent(DWORD aspect, SIZEL* size) {
     if (aspect != DVASPECT_CONTENT) return DV_E_DVASPECT;
     if (!size) return E_POINTER;
-    extent_ = *size;
+    try {
+        Resize(FitPanel(HimetricToTwips(size->cx), HimetricToTwips(size->cy)).width, nullptr);
+    } catch (...) {
+        return E_UNEXPECTED;
+    }
     return S_OK;
 }
 
 STDMETHODIMP OleControl::GetExtent(DWORD aspect, SIZEL* size) {
     if (aspect != DVASPECT_CONTENT) return DV_E_DVASPECT;
     if (!size) return E_POINTER;
-    *size = extent_;
+    *size = {TwipsToHimetric(size_.width), TwipsToHimetric(size_.height)};
     return S_OK;
 }
 
@@ -213,10 +283,16 @@ STDMETHODIMP OleControl::GetControlInfo(CONTROLINFO* info) {
 STDMETHODIMP OleControl::Draw(DWORD aspect, LONG, void*, DVTARGETDEVICE*, HDC, HDC hdc, LPCRECTL bounds, LPCRECTL,
                               BOOL(STDMETHODCALLTYPE*)(ULONG_PTR), ULONG_PTR) {
     if (aspect != DVASPECT_CONTENT) return DV_E_DVASPECT;
-    // Without a window (a script host) there is nothing to draw on.
-    if (!window_ || !hdc || !bounds) return S_OK;
-    RECT area = {bounds->left, bounds->top, bounds->right, bounds->bottom};
-    Paint(hdc, area);
+    if (!hdc || !bounds) return E_INVALIDARG;
+    // A container that only draws the control (printing a page, a
+    // thumbnail) shows it as much as one that activates it.
+    try {
+        ShowVersionLine();
+        RECT area = {bounds->left, bounds->top, bounds->right, bounds->bottom};
+        PaintPanel(hdc, area, Surface(), size_.width);
+    } catch (...) {
+        return E_UNEXPECTED;
+    }
     return S_OK;
 }
 
@@ -257,18 +333,56 @@ STDMETHODIMP OleControl::GetSizeMax(ULARGE_INTEGER* size) {
 
 void OleControl::UnregisterWindowClass() { UnregisterClassA(kWindowClass, ThisModule()); }
 
+LRESULT OleControl::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_PAINT:
+        case WM_PRINTCLIENT: {
+            PAINTSTRUCT paint;
+            HDC dc = message == WM_PAINT ? BeginPaint(window_, &paint) : reinterpret_cast<HDC>(wParam);
+            RECT client;
+            GetClientRect(window_, &client);
+            FillRect(dc, &client, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
+            SIZE pixels = PanelPixels(size_.width);
+            RECT panel = {0, 0, pixels.cx, pixels.cy};
+            PaintPanel(dc, panel, Surface(), size_.width);
+            if (message == WM_PAINT) EndPaint(window_, &paint);
+            return 0;
+        }
+        case WM_ERASEBKGND:
+            return 1;  // the paint covers the whole window
+        case WM_SETCURSOR:
+            if (LOWORD(lParam) == HTCLIENT && ShowScreenPointer()) return TRUE;
+            break;
+        case WM_SIZE:
+            // Whoever sized the window, the size rules hold.
+            if (!resizing_) {
+                int widthTwips = PanelWidthForPixels(LOWORD(lParam), ScreenDpiX());
+                SIZE pixels = PanelPixels(widthTwips);
+                if (pixels.cx != LOWORD(lParam) || pixels.cy != HIWORD(lParam)) {
+                    Resize(widthTwips, nullptr);
+                    return 0;
+                }
+                size_ = FitPanel(widthTwips, kPanelHeight);
+            }
+            RedrawAfterLayout();
+            return 0;
+        default:
+            break;
+    }
+    return DefWindowProcA(window_, message, wParam, lParam);
+}
+
 LRESULT CALLBACK OleControl::WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     auto* control = reinterpret_cast<OleControl*>(GetWindowLongPtrA(window, GWLP_USERDATA));
-    if (message == WM_PAINT && control) {
-        PAINTSTRUCT paint;
-        HDC dc = BeginPaint(window, &paint);
-        RECT client;
-        GetClientRect(window, &client);
-        control->Paint(dc, client);
-        EndPaint(window, &paint);
+    if (!control) return DefWindowProcA(window, message, wParam, lParam);
+    // Nothing may leave a window procedure: a failed paint leaves the window
+    // as it was rather than asking to be painted again forever.
+    try {
+        return control->HandleMessage(message, wParam, lParam);
+    } catch (...) {
+        if (message == WM_PAINT) ValidateRect(window, nullptr);
         return 0;
     }
-    return DefWindowProcA(window, message, wParam, lParam);
 }
 
 }  // namespace corvan::com

@@ -3,6 +3,9 @@
 #include <ole2.h>
 #include <ocidl.h>
 
+#include "control/ControlSurface.h"
+#include "control/panel_layout.h"
+
 namespace corvan::com {
 
 // The control wants its site before it is loaded and is activated in place
@@ -11,16 +14,20 @@ inline constexpr DWORD kControlMiscStatus = OLEMISC_RECOMPOSEONRESIZE | OLEMISC_
                                             OLEMISC_ACTIVATEWHENVISIBLE | OLEMISC_SETCLIENTSITEFIRST;
 
 // The OLE control interfaces a browser uses to create, initialise and
-// activate a windowed control in place. A script host never activates it:
-// the control then has no window, drawing does nothing and its window
-// handle is 0. The most derived class supplies IUnknown.
+// activate a windowed control in place, and the panel they show. A script
+// host never activates it: the control then has no window and its window
+// handle is 0, but a container may still draw it into its own device context.
+// The panel keeps its size rules (height 1905 twips, width at least 8000)
+// whichever way the container sizes it. The most derived class supplies
+// IUnknown.
 class OleControl : public IOleObject,
                    public IOleInPlaceObject,
                    public IOleInPlaceActiveObject,
                    public IOleControl,
                    public IViewObject2,
                    public IPersistStreamInit,
-                   public IPersistPropertyBag {
+                   public IPersistPropertyBag,
+                   public SurfaceView {
 public:
     HWND Window() const { return window_; }
 
@@ -98,11 +105,20 @@ protected:
     void* FindOleInterface(REFIID riid);
 
     virtual REFCLSID ControlClsid() const = 0;
-    // Paints the control's panel into `bounds` of `dc`.
-    virtual void Paint(HDC dc, const RECT& bounds) = 0;
+    // What the panel shows.
+    virtual ControlSurface& Surface() = 0;
+
+    // SurfaceView: a changed part is invalidated, and painted at once when
+    // it must be refreshed; a container drawing the control is told.
+    void SurfaceChanged(SurfacePart part, bool refresh) override;
 
 private:
     HRESULT ActivateInPlace(IOleClientSite* site, HWND parent);
+    // The size rules, then the window placed and the bars drawn again.
+    void Resize(int widthTwips, const RECT* requested);
+    void RedrawAfterLayout();
+    void ShowVersionLine();
+    LRESULT HandleMessage(UINT message, WPARAM wParam, LPARAM lParam);
     static LRESULT CALLBACK WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
     IOleClientSite* site_ = nullptr;
@@ -110,8 +126,10 @@ private:
     IOleAdviseHolder* adviseHolder_ = nullptr;
     IAdviseSink* viewSink_ = nullptr;
     DWORD viewAspects_ = 0, viewFlags_ = 0;
-    SIZEL extent_;
+    PanelSize size_;  // twips
     HWND window_ = nullptr;
+    bool resizing_ = false;
+    bool versionShown_ = false;
 };
 
 }  // namespace corvan::com

@@ -1,18 +1,18 @@
 #include "control/StatusReport.h"
 
 #include "common/clock.h"
+#include "control/frmStatus.h"
 
 namespace corvan {
 
 void StatusReport::Append(const std::string& message) {
     LocalTime now = NowLocal();
-    text_ += FormatDate(now) + " - " + FormatTime(now) + " : " + message + "\r\n";
+    frmStatus::Instance().Status(FormatDate(now) + " - " + FormatTime(now) + " : " + message + "\r\n");
 }
 
-void StatusReport::Display(bool show, HWND owner) {
-    shown_ = show;
-    owner_ = owner;
-}
+const std::string& StatusReport::Text() const { return frmStatus::Instance().Text(); }
+
+void StatusReport::Display(bool show, HWND owner) { frmStatus::Instance().Display(show, owner); }
 
 StatusReport& ProcessStatusReport() {
     static StatusReport report;

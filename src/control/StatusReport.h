@@ -6,23 +6,17 @@
 namespace corvan {
 
 // The report of what the control did in this process, one dated line per
-// engine status, engine error and NeedToInstall answer, oldest first. Its
-// window shows this text; the report is never written to disk.
+// engine status, engine error and NeedToInstall answer, oldest first. It is
+// the text of the status report window; it is never written to disk.
 class StatusReport {
 public:
     // Appends "mm/dd/yyyy - hh:mm:ss : " + message + CR LF.
     void Append(const std::string& message);
-    const std::string& Text() const { return text_; }
+    const std::string& Text() const;
 
-    // Asks for the report to be shown, owned by `owner` when there is one.
+    // Shows the report's window, owned by `owner` when there is one; `show`
+    // governs its "Print" button.
     void Display(bool show, HWND owner);
-    bool Shown() const { return shown_; }
-    HWND Owner() const { return owner_; }
-
-private:
-    std::string text_;
-    bool shown_ = false;
-    HWND owner_ = nullptr;
 };
 
 // The one report of the process.

@@ -2,16 +2,15 @@
 
 #include <windows.h>
 
+#include "control/ScreenPointer.h"
+
 namespace corvan {
 
 int WindowsDesktop::MsgBox(const std::string& text, int style, const std::string& title) {
     return MessageBoxA(GetActiveWindow(), text.c_str(), title.c_str(), static_cast<UINT>(style) | MB_SETFOREGROUND);
 }
 
-void WindowsDesktop::SetMousePointer(int pointer) {
-    LPCSTR shape = pointer == vbHourglass ? reinterpret_cast<LPCSTR>(IDC_WAIT) : reinterpret_cast<LPCSTR>(IDC_ARROW);
-    SetCursor(LoadCursorA(nullptr, shape));
-}
+void WindowsDesktop::SetMousePointer(int pointer) { SetScreenPointer(pointer); }
 
 void WindowsDesktop::DoEvents() {
     // Messages that arrive between two pumps wait at most one interval, which
@@ -28,6 +27,8 @@ void WindowsDesktop::DoEvents() {
         TranslateMessage(&message);
         DispatchMessageA(&message);
     }
+    // A window of the page may have put its own pointer up meanwhile.
+    ShowScreenPointer();
     lastPump_ = GetTickCount64();
 }
 

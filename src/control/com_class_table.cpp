@@ -37,7 +37,8 @@ constexpr bool kAutomationClass = false;
 #define CORVAN_PUBLIC_CLASSES(CLASS) \
     CLASS(ManageClient, kControl) \
     CLASS(clsTalo, kAutomationClass) \
-    CLASS(clsFTP, kAutomationClass)
+    CLASS(clsFTP, kAutomationClass) \
+    CLASS(clsCorvanSecurity, kAutomationClass)
 
 #define CORVAN_DECLARE_CREATE(X, kind) HRESULT Create##X(REFIID riid, void** out);
 CORVAN_PUBLIC_CLASSES(CORVAN_DECLARE_CREATE)

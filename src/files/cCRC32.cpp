@@ -1,6 +1,7 @@
 #include "files/cCRC32.h"
 
 #include <array>
+#include <cstdio>
 #include <limits>
 
 #include "common/conversions.h"
@@ -36,6 +37,18 @@ int32_t cCRC32::GetFileCrc32(cBinaryFileStream& stream) {
         count = stream.Read(buffer, kBlockSize);
     }
     return static_cast<int32_t>(~reg);
+}
+
+std::string CrcText(int32_t crc) {
+    char text[16];
+    std::snprintf(text, sizeof text, "%X", static_cast<unsigned>(static_cast<uint32_t>(crc)));
+    return text;
+}
+
+std::string FileCrcText(const std::string& path, CRCProgressListener* listener) {
+    cBinaryFileStream stream;
+    stream.File(path);
+    return CrcText(cCRC32(listener).GetFileCrc32(stream));
 }
 
 }  // namespace corvan

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 #include <span>
+#include <string>
 
 #include "files/cBinaryFileStream.h"
 
@@ -36,5 +37,13 @@ public:
 private:
     CRCProgressListener* listener_;
 };
+
+// The CRC as packing lists carry it and the item compares it: upper-case
+// hexadecimal of the 32 bits, no prefix, no leading zeros ("0" for 0).
+std::string CrcText(int32_t crc);
+
+// CrcText of a whole file, read through a cBinaryFileStream; its errors
+// (53 for a missing file) pass through.
+std::string FileCrcText(const std::string& path, CRCProgressListener* listener = nullptr);
 
 }  // namespace corvan

@@ -5,6 +5,7 @@
 
 #include "files/cBinaryFileStream.h"
 #include "files/folder_browser.h"
+#include "files/list_rows.h"
 #include "files/text_file.h"
 #include "files/win_errors.h"
 
@@ -12,8 +13,6 @@ namespace corvan {
 namespace {
 
 const char kWriteTextSource[] = "clsFileIO.WriteText";
-
-bool IsLineBreak(char c) { return c == '\r' || c == '\n'; }
 
 }  // namespace
 
@@ -46,18 +45,16 @@ void clsFileIO::SetMode(Mode mode) {
     status_ = mode == Mode::Read ? "Open" : mode == Mode::Write ? "Write" : "Closed";
 }
 
-// Entry 1 is the start of the text; every carriage return starts one more.
-void clsFileIO::IndexRows() {
-    rowStarts_.assign(1, 0);
-    for (size_t i = 0; i < contents_.size(); ++i)
-        if (contents_[i] == '\r') rowStarts_.push_back(i);
-}
+void clsFileIO::IndexRows() { rowStarts_ = IndexListRows(contents_); }
 
 void clsFileIO::CreateFile(const std::string& path) {
     CloseFile();
     path_ = path;
+    // Nothing of this file has been read: the text and rows of an earlier
+    // file must not pass for its own.
+    contents_.clear();
+    IndexRows();
     text_file::CreateIfMissing(path, "clsFileIO.CreateFile");
-    written_ = false;
     SetMode(Mode::Write);
 }
 
@@ -69,8 +66,10 @@ bool clsFileIO::OpenFile(const std::string& path) {
         IndexRows();
         SetMode(Mode::Read);
         return true;
-    } catch (const Failure& failure) {
-        // Rows of an earlier file must not pass for this one's.
+    } catch (...) {
+        // Rows of an earlier file must not pass for this one's. A file too
+        // large for the memory left is "Out of memory", like any other.
+        const Failure failure = FailureInFlight("clsFileIO.OpenFile");
         contents_.clear();
         IndexRows();
         status_ = failure.Description();
@@ -81,6 +80,14 @@ bool clsFileIO::OpenFile(const std::string& path) {
 void clsFileIO::CloseFile() {
     SetMode(Mode::Closed);
     written_ = false;
+    sessionText_.clear();
+}
+
+void clsFileIO::NameFile(const std::string& path) {
+    CloseFile();
+    path_ = path;
+    contents_.clear();
+    IndexRows();
 }
 
 void clsFileIO::WriteText(const std::string& text) {
@@ -88,11 +95,14 @@ void clsFileIO::WriteText(const std::string& text) {
         throw Failure(error::kPathFileAccessError, kWriteTextSource,
                       "The file is not opened for writing. Please close the file, and reopen it for writing, or "
                       "appending.");
+    // An appending write adds to what this session wrote, never to Contents,
+    // which the caller may have set to anything.
     const bool append = mode_ == Mode::Write && written_;
-    const std::string whole = append ? contents_ + text : text;
+    std::string whole = append ? sessionText_ + text : text;
     text_file::ReplaceAll(path_, whole, kWriteTextSource);
     written_ = true;
-    contents_ = whole;
+    sessionText_ = whole;
+    contents_ = std::move(whole);
     IndexRows();
 }
 
@@ -102,6 +112,8 @@ bool clsFileIO::Refresh() {
         IndexRows();
         return true;
     } catch (const Failure&) {
+        return false;
+    } catch (const std::bad_alloc&) {
         return false;
     }
 }
@@ -125,28 +137,14 @@ std::string clsFileIO::VersionNumber() const {
     return text;
 }
 
-std::string clsFileIO::GetRow(int32_t index) const {
-    if (contents_.empty() || index < 1 || static_cast<size_t>(index) > rowStarts_.size()) return {};
-    const size_t begin = rowStarts_[index - 1];
-    const size_t end = static_cast<size_t>(index) < rowStarts_.size() ? rowStarts_[index] : contents_.size();
-    size_t from = begin, to = end;
-    while (from < to && IsLineBreak(contents_[from])) ++from;
-    while (to > from && IsLineBreak(contents_[to - 1])) --to;
-    return contents_.substr(from, to - from);
-}
+std::string clsFileIO::GetRow(int32_t index) const { return std::string(ListRow(contents_, rowStarts_, index)); }
 
 void clsFileIO::CRCProgress(int16_t& Percent) {
     if (listener_ != nullptr) listener_->CRCProgress(Percent);
 }
 
 std::string clsFileIO::CRC32() {
-    cBinaryFileStream stream;
-    stream.File(path_);
-    cCRC32 crc(this);
-    const uint32_t value = static_cast<uint32_t>(crc.GetFileCrc32(stream));
-    char text[16];
-    std::snprintf(text, sizeof text, "%X", value);
-    return text;
+    return FileCrcText(path_, this);
 }
 
 }  // namespace corvan

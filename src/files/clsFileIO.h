@@ -60,8 +60,9 @@ public:
 
     int32_t RowCount() const { return static_cast<int32_t>(rowStarts_.size()) - 1; }
 
-    // Creates the file when it is missing and leaves it open for writing.
-    // Failures (a missing folder: 76) are raised.
+    // Creates the file when it is missing and leaves it open for writing;
+    // Contents and the rows start empty. Failures (a missing folder: 76) are
+    // raised.
     void CreateFile(const std::string& path);
 
     // Reads the whole text and indexes its rows. False, with the failure
@@ -69,6 +70,11 @@ public:
     bool OpenFile(const std::string& path);
 
     void CloseFile();
+
+    // Names an existing file for its facts, version and CRC without reading
+    // its text: a package can be large, and only lists are read as text.
+    // Contents and rows are emptied; nothing is opened.
+    void NameFile(const std::string& path);
 
     // Fails with source "clsFileIO.WriteText" when no file is open.
     void WriteText(const std::string& text);
@@ -113,7 +119,8 @@ private:
     std::string path_;
     std::string status_ = "Closed";
     Mode mode_ = Mode::Closed;
-    bool written_ = false;  // a WriteText happened since CreateFile
+    bool written_ = false;     // a WriteText happened since CreateFile
+    std::string sessionText_;  // what the writes since CreateFile or OpenFile made the file
     std::string contents_;
     std::vector<size_t> rowStarts_ = {0};
 };

@@ -91,8 +91,8 @@ int32_t clsFolderIO::Delete(bool force, bool confirm) {
         if (confirm && !Confirm("Are you sure you want to delete the selected directory?")) return 0;
         folder_tree::DeleteTree(Current("clsFolderIO.Delete"), force, "clsFolderIO.Delete");
         return 0;
-    } catch (const Failure& failure) {
-        return failure.Number();
+    } catch (...) {
+        return FailureInFlight("clsFolderIO").Number();
     }
 }
 
@@ -111,8 +111,8 @@ int32_t clsFolderIO::Move(const std::string& destination, bool confirm) {
         const bool force = StrictBoolean(destination);
         folder_tree::DeleteTree(Current("clsFolderIO.Move"), force, "clsFolderIO.Move");
         return 0;
-    } catch (const Failure& failure) {
-        return failure.Number();
+    } catch (...) {
+        return FailureInFlight("clsFolderIO").Number();
     }
 }
 
@@ -125,8 +125,8 @@ int32_t clsFolderIO::Copy(const std::string& destination, bool overwrite, bool c
         if (IsInside(to, from)) throw RuntimeError(error::kInvalidProcedureCall, "clsFolderIO.Copy");
         folder_tree::CopyTree(from, to, overwrite, "clsFolderIO.Copy");
         return 0;
-    } catch (const Failure& failure) {
-        return failure.Number();
+    } catch (...) {
+        return FailureInFlight("clsFolderIO").Number();
     }
 }
 

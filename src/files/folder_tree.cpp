@@ -7,6 +7,17 @@ namespace {
 
 bool IsDots(const char* name) { return name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0)); }
 
+// A junction or a symbolic link to a folder leads out of the tree, or back
+// up into it: it is a leaf. The walks below never go through one; a delete
+// removes the link itself and a copy leaves it out.
+bool IsLink(DWORD attributes) { return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0; }
+bool IsSubfolder(const WIN32_FIND_DATAA& e) {
+    return (e.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) && !IsLink(e.dwFileAttributes);
+}
+bool IsFolderLink(const WIN32_FIND_DATAA& e) {
+    return (e.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) && IsLink(e.dwFileAttributes);
+}
+
 std::string Join(const std::string& folder, const char* name) {
     return (!folder.empty() && folder.back() == '\\') ? folder + name : folder + "\\" + name;
 }
@@ -45,9 +56,9 @@ void ForEachEntry(const std::string& folder, const std::function<void(const WIN3
 uint64_t TotalSize(const std::string& folder, const char* source) {
     uint64_t total = 0;
     ForEachEntry(folder, [&](const WIN32_FIND_DATAA& e) {
-        if (e.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+        if (IsSubfolder(e))
             total += TotalSize(Join(folder, e.cFileName), source);
-        else
+        else if (!IsFolderLink(e))
             total += (uint64_t(e.nFileSizeHigh) << 32) | e.nFileSizeLow;
     }, source);
     return total;
@@ -60,7 +71,7 @@ bool AnyReadOnly(const std::string& folder, const char* source) {
     ForEachEntry(folder, [&](const WIN32_FIND_DATAA& e) {
         if (found) return;
         found = (e.dwFileAttributes & FILE_ATTRIBUTE_READONLY) ||
-                ((e.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) && AnyReadOnly(Join(folder, e.cFileName), source));
+                (IsSubfolder(e) && AnyReadOnly(Join(folder, e.cFileName), source));
     }, source);
     return found;
 }
@@ -70,15 +81,16 @@ bool AnyClash(const std::string& folder, const std::string& target, const char* 
     ForEachEntry(folder, [&](const WIN32_FIND_DATAA& e) {
         if (found) return;
         const std::string to = Join(target, e.cFileName);
-        if (e.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+        if (IsSubfolder(e))
             found = AnyClash(Join(folder, e.cFileName), to, source);
-        else
+        else if (!IsFolderLink(e))
             found = GetFileAttributesA(to.c_str()) != INVALID_FILE_ATTRIBUTES;
     }, source);
     return found;
 }
 
 void DeleteAll(const std::string& folder, bool force, const char* source);
+void RemoveLink(const std::string& link, DWORD attributes, const char* source);
 void CopyAll(const std::string& folder, const std::string& target, bool overwrite, const char* source);
 
 }  // namespace
@@ -89,8 +101,12 @@ void DeleteTree(const std::string& folder, bool force, const char* source) {
     const DWORD attributes = GetFileAttributesA(folder.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_DIRECTORY))
         throw FileFailure(ERROR_PATH_NOT_FOUND, source);
-    if (!force && ((attributes & FILE_ATTRIBUTE_READONLY) || AnyReadOnly(folder, source)))
+    if (!force && ((attributes & FILE_ATTRIBUTE_READONLY) || (!IsLink(attributes) && AnyReadOnly(folder, source))))
         throw FileFailure(ERROR_ACCESS_DENIED, source);
+    if (IsLink(attributes)) {
+        RemoveLink(folder, attributes, source);
+        return;
+    }
     DeleteAll(folder, force, source);
 }
 
@@ -111,6 +127,10 @@ void DeleteAll(const std::string& folder, bool force, const char* source) {
         SetFileAttributesA(folder.c_str(), attributes & ~FILE_ATTRIBUTE_READONLY);
     ForEachEntry(folder, [&](const WIN32_FIND_DATAA& e) {
         const std::string child = Join(folder, e.cFileName);
+        if (IsFolderLink(e)) {
+            RemoveLink(child, e.dwFileAttributes, source);
+            return;
+        }
         if (e.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
             DeleteAll(child, force, source);
             return;
@@ -119,6 +139,13 @@ void DeleteAll(const std::string& folder, bool force, const char* source) {
         if (!DeleteFileA(child.c_str())) throw FileFailure(GetLastError(), source);
     }, source);
     if (!RemoveDirectoryA(folder.c_str())) throw FileFailure(GetLastError(), source);
+}
+
+// A folder link goes as a directory does, which takes the link and leaves
+// what it points to.
+void RemoveLink(const std::string& link, DWORD attributes, const char* source) {
+    if (attributes & FILE_ATTRIBUTE_READONLY) SetFileAttributesA(link.c_str(), attributes & ~FILE_ATTRIBUTE_READONLY);
+    if (!RemoveDirectoryA(link.c_str())) throw FileFailure(GetLastError(), source);
 }
 
 void CopyAll(const std::string& folder, const std::string& target, bool overwrite, const char* source) {
@@ -130,6 +157,7 @@ void CopyAll(const std::string& folder, const std::string& target, bool overwrit
     }
     ForEachEntry(folder, [&](const WIN32_FIND_DATAA& e) {
         const std::string from = Join(folder, e.cFileName), to = Join(target, e.cFileName);
+        if (IsFolderLink(e)) return;
         if (e.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
             CopyAll(from, to, overwrite, source);
         } else if (!CopyFileA(from.c_str(), to.c_str(), overwrite ? FALSE : TRUE)) {

@@ -7,6 +7,8 @@
 
 // Whole-folder operations over Win32, raising Failure with the runtime's
 // numbers (76 path not found, 70 permission denied, 58 already exists).
+// A junction or symbolic link to a folder is a leaf: never walked through,
+// counted or copied; a delete removes the link alone.
 namespace corvan::folder_tree {
 
 // Calls `visit` for every entry directly in `folder` (not "." and "..").

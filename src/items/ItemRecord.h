@@ -48,9 +48,10 @@ public:
     void InstallGroup(const std::string& value) { installGroup_ = value; }
     int16_t Register() const { return register_; }
     void Register(int16_t value) { register_ = value; }
-    // -1 for true, 0 for false.
+    // The three Boolean fields hold the runtime's -1 for true and 0 for
+    // false, whatever number they are handed: column 15 is written as -1.
     int16_t ExecutePackage() const { return executePackage_; }
-    void ExecutePackage(int16_t value) { executePackage_ = value; }
+    void ExecutePackage(int32_t value) { executePackage_ = AsBoolean(value); }
 
     // The stored name, or FileName while none is stored; stores nothing.
     std::string InstallFileName() const { return installFileName_.empty() ? fileName_ : installFileName_; }
@@ -59,9 +60,9 @@ public:
 
     // The engine's flags; not part of the row.
     int16_t IsDirty() const { return isDirty_; }
-    void IsDirty(int16_t value) { isDirty_ = value; }
+    void IsDirty(int32_t value) { isDirty_ = AsBoolean(value); }
     int16_t Removed() const { return removed_; }
-    void Removed(int16_t value) { removed_ = value; }
+    void Removed(int32_t value) { removed_ = AsBoolean(value); }
 
     // Parses one row into the item. Never fails.
     void UniformString(const std::string& row);
@@ -72,6 +73,8 @@ public:
     std::string GetFileExtention() const;
 
 private:
+    static int16_t AsBoolean(int32_t value) { return value != 0 ? -1 : 0; }
+
     std::string os_, source_, fileName_, version_, releaseDate_, crc_, description_, productname_;
     int32_t flag_ = 0;
     std::string installSwitch_, uninstallSwitch_, localSource_, installFolder_, installGroup_;

@@ -2,30 +2,14 @@
 
 #include <objbase.h>
 
+#include "common/system_message.h"
+#include "common/wide_text.h"
+
 namespace corvan {
 namespace {
 
 constexpr int32_t kCannotCreateObject = 429;
 constexpr int32_t kNoAutomation = 430;
-
-std::wstring Wide(const std::string& text) {
-    std::wstring out(static_cast<size_t>(MultiByteToWideChar(CP_ACP, 0, text.c_str(), -1, nullptr, 0)), L'\0');
-    MultiByteToWideChar(CP_ACP, 0, text.c_str(), -1, out.data(), static_cast<int>(out.size()));
-    out.pop_back();
-    return out;
-}
-
-std::string SystemMessage(HRESULT hr) {
-    char* text = nullptr;
-    const DWORD n = FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM |
-                                       FORMAT_MESSAGE_IGNORE_INSERTS,
-                                   nullptr, static_cast<DWORD>(hr), 0, reinterpret_cast<char*>(&text), 0, nullptr);
-    std::string message = n ? std::string(text, n) : std::string();
-    if (text) LocalFree(text);
-    while (!message.empty() && (message.back() == '\n' || message.back() == '\r' || message.back() == ' '))
-        message.pop_back();
-    return message;
-}
 
 bool IsCannotCreate(HRESULT hr) {
     return hr == CO_E_CLASSSTRING || hr == REGDB_E_CLASSNOTREG || hr == CO_E_DLLNOTFOUND ||
@@ -43,7 +27,7 @@ ObjectCreation Failed(HRESULT hr) {
         result.description = "Class does not support Automation or does not support expected interface";
     } else {
         result.number = static_cast<int32_t>(hr);
-        const std::string message = SystemMessage(hr);
+        const std::string message = SystemMessage(static_cast<DWORD>(hr));
         result.description = message.empty() ? "Automation error" : "Automation error\r\n" + message;
     }
     return result;
@@ -53,7 +37,7 @@ ObjectCreation Failed(HRESULT hr) {
 
 ObjectCreation CreateAutomationObject(const std::string& progId) {
     CLSID clsid{};
-    HRESULT hr = CLSIDFromProgID(Wide(progId).c_str(), &clsid);
+    HRESULT hr = CLSIDFromProgID(WideText(progId).c_str(), &clsid);
     if (FAILED(hr)) return Failed(hr);
     IUnknown* created = nullptr;
     hr = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER, IID_IUnknown,

@@ -19,6 +19,12 @@ struct InstallerSettings {
     int16_t History = 0;
     std::string UsersGroups;
 
+    // The folders the security configurator opens before and after Root.
+    // Nothing assigns them, so they stay empty, and the configurator still
+    // runs its grants for them; Load leaves them as they are.
+    std::string SecuredFolder1;
+    std::string SecuredFolder3;
+
     // The same values as text, keys compared without case, in load order:
     // INSTALLVERSION, MASTER_URL_SOURCE, ALT_URL_SOURCE_1, ALT_URL_SOURCE_2,
     // ROOT, MAXTRIES, HISTORY.

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <clocale>
+
 #include "common/conversions.h"
 #include "common/failure.h"
 #include "raised.h"
@@ -51,6 +53,26 @@ TEST(LenientNumber, RadixPrefixesReadAsSignedPatterns) {
     EXPECT_EQ(FailureNumber([] { LenientNumber("&H100000000"); }), error::kOverflow);
     EXPECT_EQ(FailureNumber([] { LenientNumber("1e400"); }), error::kOverflow);
     EXPECT_EQ(LenientNumber("1e-400"), 0);
+    EXPECT_EQ(FailureNumber([] { StrictDouble("123456e305"); }), error::kOverflow);
+    EXPECT_EQ(StrictDouble("0.00001e-320"), 0);
+}
+
+// A host that sets a locale with a decimal comma reads numbers as before.
+TEST(Conversions, TheHostsLocaleDoesNotChangeThePoint) {
+    const char* used = nullptr;
+    for (const char* name : {"de_DE.UTF-8", "de_DE", "German_Germany.1252", "German"})
+        if (std::setlocale(LC_ALL, name)) {
+            used = name;
+            break;
+        }
+    if (!used) GTEST_SKIP() << "no locale with a decimal comma on this machine";
+    const double strict = StrictDouble("2.5"), lenient = LenientNumber("2.5x"), comma = LenientNumber("2,5");
+    const int16_t rounded = StrictInteger("2.5");
+    std::setlocale(LC_ALL, "C");
+    EXPECT_EQ(strict, 2.5) << used;
+    EXPECT_EQ(lenient, 2.5) << used;
+    EXPECT_EQ(comma, 2) << used;
+    EXPECT_EQ(rounded, 2) << used;
 }
 
 TEST(LenientLong, RoundsHalvesToEvenInto32Bits) {

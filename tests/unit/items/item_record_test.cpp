@@ -79,6 +79,26 @@ TEST(ItemRecordRow, NumericColumnsFollowTheirConversions) {
     }
 }
 
+// The Boolean fields hold -1 or 0 whatever they are handed, so a true
+// ExecutePackage is written -1.
+TEST(ItemRecordRow, BooleanFieldsHoldMinusOneOrZero) {
+    using Setter = void (ItemRecord::*)(int32_t);
+    using Getter = int16_t (ItemRecord::*)() const;
+    const std::pair<Setter, Getter> fields[] = {{&ItemRecord::ExecutePackage, &ItemRecord::ExecutePackage},
+                                                {&ItemRecord::IsDirty, &ItemRecord::IsDirty},
+                                                {&ItemRecord::Removed, &ItemRecord::Removed}};
+    const std::pair<int32_t, int16_t> values[] = {{true, -1}, {1, -1}, {-1, -1}, {2, -1}, {65536, -1}, {false, 0}, {0, 0}};
+    for (auto [set, get] : fields)
+        for (auto [given, held] : values) {
+            ItemRecord item;
+            (item.*set)(given);
+            EXPECT_EQ((item.*get)(), held) << given;
+        }
+    ItemRecord item;
+    item.ExecutePackage(true);
+    EXPECT_EQ(item.UniformString(), ",,,,,,,,0,,,,C:\\talo\\,,0,-1,");
+}
+
 TEST(ItemRecordRow, BuildingNormalisesFolderAndFileName) {
     ItemRecord item;
     item.FileName("tool.exe");

@@ -7,6 +7,7 @@
 #include <olectl.h>
 
 #include "files/clsFileIO.h"
+#include "failing_allocation.h"
 #include "files_test_support.h"
 #include "wine_bench.h"
 
@@ -57,10 +58,27 @@ TEST(FileIO, RowsCountCarriageReturnsAndLoseTheirLineBreaks) {
         for (size_t row = 0; row < cases[i].rows.size(); ++row)
             EXPECT_EQ(file.GetRow(static_cast<int32_t>(row)), cases[i].rows[row]) << i << ": row " << row;
     }
-    // A missing file gives false and no rows of the file before.
-    EXPECT_FALSE(file.OpenFile(scratch.Path() + "missing.scl"));
-    EXPECT_EQ(file.RowCount(), 0);
-    EXPECT_EQ(file.Contents(), "");
+    // A missing file, or one too large for the memory left, gives false and
+    // no rows of the file before.
+    const std::string large = scratch.Path() + "large.scl";
+    {
+        winbench::WriteFileBytes(large, "");
+        HANDLE handle = CreateFileA(large.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+        LARGE_INTEGER size{};
+        size.QuadPart = 96 << 20;
+        ASSERT_TRUE(SetFilePointerEx(handle, size, nullptr, FILE_BEGIN) && SetEndOfFile(handle));
+        CloseHandle(handle);
+    }
+    const std::pair<std::string, const char*> failing[] = {{scratch.Path() + "missing.scl", "File not found"},
+                                                           {large, "Out of memory"}};
+    for (const auto& [path, status] : failing) {
+        ASSERT_TRUE(file.OpenFile(Put(scratch, "some.scl", "a\r\nb\r\n")));
+        testing_support::AllocationsFail memoryRunsOut(64 << 20);
+        EXPECT_FALSE(file.OpenFile(path)) << path;
+        EXPECT_EQ(file.Status(), status) << path;
+        EXPECT_EQ(file.RowCount(), 0) << path;
+        EXPECT_EQ(file.Contents(), "") << path;
+    }
 }
 
 TEST(FileIO, WriteTextNeedsAnOpenFile) {
@@ -98,9 +116,16 @@ TEST(FileIO, CreateReplacesOnFirstWriteThenAppends) {
     file.CloseFile();
     EXPECT_EQ(ReadFileBytes(path), "row1\r\nrow2\r\n");
 
+    // The rows read before are not the created file's; what the caller sets
+    // as Contents is not what the next write appends to.
+    ASSERT_TRUE(file.OpenFile(path));
     file.CreateFile(path);
+    EXPECT_EQ(file.Contents(), "");
+    EXPECT_EQ(file.RowCount(), 0);
+    EXPECT_EQ(file.GetRow(1), "");
     file.WriteText("new\r\n");
     EXPECT_EQ(ReadFileBytes(path), "new\r\n");
+    file.Contents("set by the caller\r\n");
     file.WriteText("more");
     EXPECT_EQ(ReadFileBytes(path), "new\r\nmore");
     EXPECT_EQ(file.RowCount(), 1);

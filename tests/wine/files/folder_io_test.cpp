@@ -31,7 +31,83 @@ std::string MakeTree(const std::string& scratch) {
     return tree;
 }
 
+// Links to folders, as junctions and symbolic links are. Wine makes
+// neither, but shows a Unix symbolic link to a folder as one, so the links
+// are made (and, since Wine cannot remove them, taken away) by the Unix
+// tools. Their Unix names come from Wine itself.
+class FolderLinks {
+public:
+    ~FolderLinks() {
+        for (const std::string& link : made_) {
+            Unix("/bin/rm -f \"" + UnixName(link) + "\"");
+            WaitFor([&] { return GetFileAttributesA(link.c_str()) == INVALID_FILE_ATTRIBUTES; });
+        }
+    }
+    void Make(const std::string& link, const std::string& target) {
+        Unix("/bin/ln -s \"" + UnixName(target) + "\" \"" + UnixName(link) + "\"");
+        made_.push_back(link);
+        ASSERT_TRUE(WaitFor([&] {
+            const DWORD attributes = GetFileAttributesA(link.c_str());
+            return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT);
+        })) << link;
+    }
+
+private:
+    static std::string UnixName(const std::string& path) {
+        // The parent exists; the link itself may not yet.
+        const size_t slash = path.find_last_of('\\');
+        using Convert = char*(CDECL*)(LPCWSTR);
+        static const auto convert = reinterpret_cast<Convert>(
+            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kernel32.dll"), "wine_get_unix_file_name")));
+        if (!convert) return {};
+        const std::filesystem::path parent(path.substr(0, slash));
+        char* name = convert(parent.wstring().c_str());
+        if (!name) return {};
+        std::string unix = std::string(name) + "/" + path.substr(slash + 1);
+        HeapFree(GetProcessHeap(), 0, name);
+        return unix;
+    }
+    // Wine does not wait for a Unix program to end: its work is watched for.
+    static void Unix(const std::string& command) { winbench::RunAndWait(command, 10000); }
+    template <typename Done>
+    static bool WaitFor(Done done) {
+        for (int i = 0; i < 500 && !done(); ++i) Sleep(10);
+        return done();
+    }
+
+    std::vector<std::string> made_;
+};
+
 }  // namespace
+
+// A link inside the folder is a leaf: nothing is deleted, counted or copied
+// through it, and a link back up does not send the walks round in circles.
+TEST(FolderIO, LinksAreLeaves) {
+    winbench::ScratchFolder scratch("folders-links");
+    const std::string tree = MakeTree(scratch.Path()), outside = scratch.Path() + "outside";
+    std::filesystem::create_directories(outside);
+    WriteFileBytes(outside + "\\keep.txt", "kept");
+    FolderLinks links;
+    links.Make(tree + "\\elsewhere", outside);
+    links.Make(tree + "\\sub\\up", tree);
+    ScriptedDesktop desktop;
+    clsFolderIO folder(desktop);
+    ASSERT_TRUE(folder.OpenFolder(tree));
+
+    EXPECT_EQ(folder.Size(), 12.0);
+    EXPECT_EQ(folder.Copy(scratch.Path() + "copy", false, false), 0);
+    EXPECT_EQ(winbench::ReadFileBytes(scratch.Path() + "copy\\sub\\c.txt"), "ccccc");
+    EXPECT_FALSE(FolderExists(scratch.Path() + "copy\\elsewhere"));
+    EXPECT_FALSE(FolderExists(scratch.Path() + "copy\\sub\\up"));
+
+    // Wine cannot remove a link; Windows removes the link itself. Either way
+    // what it points to stays whole.
+    const int32_t deleted = folder.Delete(true, false);
+    EXPECT_EQ(winbench::ReadFileBytes(outside + "\\keep.txt"), "kept");
+    if (deleted == 0) {
+        EXPECT_FALSE(FolderExists(tree));
+    }
+}
 
 TEST(FolderIO, OpensAndAnswersQuestions) {
     winbench::ScratchFolder scratch("folders-query");

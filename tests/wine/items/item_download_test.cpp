@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "common/failure.h"
@@ -92,4 +93,29 @@ TEST_F(ItemDownload, FailuresRaiseTheirErrorsAndLeaveNoFile) {
     item.InstallFolder(folder.Path() + "plain.txt\\sub");
     EXPECT_EQ(Raised().Number(), 76);
     EXPECT_FALSE(winbench::FileExists(folder.Path() + "plain.txt\\sub\\300"));
+}
+
+// Folders are made below their drive, share or root, written with
+// backslashes or slashes; a share that cannot be reached is the folder's
+// failure, not the server's, and leaves nothing behind on the local drive.
+TEST_F(ItemDownload, FoldersAreMadeBelowTheirRoot) {
+    char current[MAX_PATH];
+    GetCurrentDirectoryA(MAX_PATH, current);
+    SetCurrentDirectoryA(folder.Path().c_str());  // the root "\" is this folder's drive
+    winbench::RemoveTree("C:\\corvan-item-rooted");
+    std::string slashed = folder.Path() + "slashed/deep/";
+    std::replace(slashed.begin(), slashed.end(), '\\', '/');
+    const struct { std::string installFolder, file; int32_t error; } cases[] = {
+        {"\\corvan-item-rooted\\", "C:\\corvan-item-rooted\\300", 0},
+        {slashed, folder.Path() + "slashed\\deep\\300", 0},
+        {"\\\\corvan-no-such-server\\share\\dir\\", "C:\\corvan-no-such-server", 76},
+    };
+    item.FileName("300");
+    for (const auto& c : cases) {
+        item.InstallFolder(c.installFolder);
+        EXPECT_EQ(Raised().Number(), c.error) << c.installFolder;
+        EXPECT_EQ(winbench::FileExists(c.file), c.error == 0) << c.installFolder;
+    }
+    SetCurrentDirectoryA(current);
+    winbench::RemoveTree("C:\\corvan-item-rooted");
 }

@@ -8,6 +8,7 @@
 #include "control/CorvanInstaller_h.h"
 #include "control/bstr_text.h"
 #include "control/com_ptr.h"
+#include "dispatch_sink.h"
 #include "test_server.h"
 #include "wine_bench.h"
 
@@ -33,37 +34,6 @@ protected:
     winbench::ScratchFolder scratch{"transfer-com"};
 };
 
-// Keeps the events it hears as "<dispid> <type>:<value>...".
-class Sink : public IDispatch {
-public:
-    std::vector<std::string> calls;
-
-    STDMETHODIMP QueryInterface(REFIID riid, void** out) override {
-        const bool known =
-            IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IDispatch) || IsEqualIID(riid, DIID___clsFTP);
-        *out = known ? this : nullptr;
-        return known ? S_OK : E_NOINTERFACE;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
-    STDMETHODIMP GetTypeInfoCount(UINT* count) override { *count = 0; return S_OK; }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* params, VARIANT*, EXCEPINFO*, UINT*) override {
-        std::string call = std::to_string(id);
-        for (UINT i = params->cArgs; i-- > 0;) {
-            const VARIANT& arg = params->rgvarg[i];
-            char number[32];
-            snprintf(number, sizeof number, "%g", V_VT(&arg) == VT_R4 ? V_R4(&arg) : 0.0f);
-            call += V_VT(&arg) == VT_R4     ? std::string(" R4:") + number
-                    : V_VT(&arg) == VT_BSTR ? " BSTR:" + corvan::com::FromBstr(V_BSTR(&arg))
-                                            : " VT" + std::to_string(V_VT(&arg));
-        }
-        calls.push_back(call);
-        return S_OK;
-    }
-};
-
 }  // namespace
 
 TEST_F(FtpComClass, ScriptHostCreatesItAndDownloads) {
@@ -86,7 +56,7 @@ TEST_F(FtpComClass, ScriptHostCreatesItAndDownloads) {
 }
 
 TEST_F(FtpComClass, EventsReachAConnectedSinkUntilUnadvised) {
-    Sink sink;  // outlives every reference the object may hold to it
+    testing_support::DispatchSink sink(DIID___clsFTP);  // outlives every reference the object may hold to it
     CLSID clsid;
     ASSERT_EQ(CLSIDFromProgID(L"CorvanInstaller.clsFTP", &clsid), S_OK);
     ComPtr<_clsFTP> ftp;
