@@ -58,7 +58,8 @@ bool TooLarge(const std::string& number) {
     if (significant == std::string::npos) return false;
     const long position = significant < point ? static_cast<long>(point - significant)
                                               : -static_cast<long>(significant - point - 1);
-    return position + exponent > 0;
+    // Compared rather than added: the exponent may be as large as a long.
+    return exponent > -position;
 }
 
 // Converts a decimal number already checked for shape ("-12.5E3"; a D

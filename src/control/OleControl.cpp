@@ -3,6 +3,7 @@
 #include "common/this_module.h"
 #include "control/PanelPainter.h"
 #include "control/ScreenPointer.h"
+#include "control/window_trap.h"
 #include "corvan/build_config.h"
 #include "platform/clsWindowTools.h"
 
@@ -128,8 +129,12 @@ HRESULT OleControl::ActivateInPlace(IOleClientSite* site, HWND parent) {
     }
     SetWindowLongPtrA(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     inPlaceSite_ = inPlace;
-    ShowVersionLine();
-    RedrawAfterLayout();
+    // Showing the panel's lines never fails the activation.
+    try {
+        ShowVersionLine();
+        RedrawAfterLayout();
+    } catch (...) {
+    }
     return S_OK;
 }
 
@@ -375,14 +380,7 @@ LRESULT OleControl::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
 LRESULT CALLBACK OleControl::WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     auto* control = reinterpret_cast<OleControl*>(GetWindowLongPtrA(window, GWLP_USERDATA));
     if (!control) return DefWindowProcA(window, message, wParam, lParam);
-    // Nothing may leave a window procedure: a failed paint leaves the window
-    // as it was rather than asking to be painted again forever.
-    try {
-        return control->HandleMessage(message, wParam, lParam);
-    } catch (...) {
-        if (message == WM_PAINT) ValidateRect(window, nullptr);
-        return 0;
-    }
+    return Trapped(window, message, [&] { return control->HandleMessage(message, wParam, lParam); });
 }
 
 }  // namespace corvan::com

@@ -8,6 +8,7 @@
 #include "control/ScreenPointer.h"
 #include "control/panel_art.h"
 #include "control/report_printer.h"
+#include "control/window_trap.h"
 
 namespace corvan {
 
@@ -226,12 +227,7 @@ LRESULT frmStatus::HandleMessage(HWND window, UINT message, WPARAM wParam, LPARA
 LRESULT CALLBACK frmStatus::WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     auto* form = reinterpret_cast<frmStatus*>(GetWindowLongPtrA(window, GWLP_USERDATA));
     if (!form) return DefWindowProcA(window, message, wParam, lParam);
-    try {
-        return form->HandleMessage(window, message, wParam, lParam);
-    } catch (...) {
-        if (message == WM_PAINT) ValidateRect(window, nullptr);
-        return 0;
-    }
+    return Trapped(window, message, [&] { return form->HandleMessage(window, message, wParam, lParam); });
 }
 
 }  // namespace corvan

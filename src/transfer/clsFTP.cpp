@@ -1,8 +1,13 @@
 #include "transfer/clsFTP.h"
 
+#include <algorithm>
+
 #include "common/conversions.h"
-#include "transfer/block_reader.h"
+#include "logging/write_log.h"
+#include "settings/modCorvanInstaller_Global.h"
+#include "transfer/download_attempt.h"
 #include "transfer/part_file.h"
+#include "transfer/pumping_wait.h"
 
 namespace corvan {
 
@@ -10,7 +15,7 @@ namespace {
 
 // The fixed block of a transfer: the first block is always counted and
 // written whole, NUL-padded, whatever the server sent.
-constexpr DWORD kBlock = 1024;
+constexpr DWORD kBlock = DownloadAttempt::kBlockSize;
 constexpr DWORD kDontCache = 0x04000000;
 
 double AnnouncedLength(HINTERNET request) {
@@ -24,27 +29,94 @@ double AnnouncedLength(HINTERNET request) {
     }
 }
 
-// Reads the body after its first block, block by block, handing each block
-// to `take`. False when the body broke off: a read failed, or fewer bytes
-// came than the server announced.
-template <typename Take>
-bool ReadRest(BlockReader& reader, char* block, DWORD firstDelivered, double announced, Take&& take) {
-    double received = firstDelivered;
-    DWORD last = firstDelivered;
-    while (last > 0) {
-        if (!reader.Next(block, last)) return false;
-        received += last;
-        if (!take(last)) return false;
-    }
-    return announced <= 0 || received >= announced;
+std::string Header(HINTERNET request, DWORD info) {
+    char answer[1024] = {};
+    DWORD size = sizeof answer - 1;
+    if (!HttpQueryInfoA(request, info, answer, &size, nullptr)) return "";
+    return StripNull(std::string(answer, size));
 }
+
+// 0 for an answer that is not HTTP's.
+DWORD StatusOf(HINTERNET request) {
+    DWORD status = 0, size = sizeof status;
+    if (!HttpQueryInfoA(request, HTTP_QUERY_STATUS_CODE | HTTP_QUERY_FLAG_NUMBER, &status, &size, nullptr)) return 0;
+    return status;
+}
+
+// The socket codes that Wine passes through, worded as WinINet's own.
+std::string ReasonText(DWORD error) {
+    int32_t code = static_cast<int32_t>(error);
+    switch (error) {
+        case 10053: code = 12030; break;
+        case 10054: code = 12031; break;
+        case 10060: code = 12002; break;
+        case 10061: code = 12029; break;
+    }
+    return ErrorTextForCode(code, [] { return std::optional<std::string>(); });
+}
+
+// Failed and repeated downloads go to the install log; a log that cannot be
+// written never fails the download.
+void LogTransfer(const std::string& message) {
+    try {
+        WriteLog(message);
+    } catch (...) {
+    }
+}
+
+// Why one attempt failed, and whether another may fare better.
+struct AttemptFailure {
+    bool transient = false;
+    std::string reason;
+};
+
+class FileBody : public clsFTP::Body {
+public:
+    explicit FileBody(const std::string& destination) : destination_(destination) {}
+    bool Restart() override { return !opened_ || file_.Restart(); }
+    bool Take(const char* bytes, size_t count) override {
+        if (!opened_) opened_ = file_.Open(destination_);
+        return opened_ && file_.Write(bytes, count);
+    }
+    bool Commit() { return opened_ && file_.Commit(); }
+
+private:
+    std::string destination_;
+    PartFile file_;
+    bool opened_ = false;
+};
+
+class TextBody : public clsFTP::Body {
+public:
+    bool Restart() override {
+        text.clear();
+        return true;
+    }
+    bool Take(const char* bytes, size_t count) override {
+        text.append(bytes, count);
+        return true;
+    }
+    std::string text;
+};
 
 }  // namespace
 
 clsFTP::clsFTP(Desktop* desktop, clsFTPEvents* listener)
     : desktop_(desktop),
       listener_(listener),
-      session_(InternetOpenA(kTransferAgent, INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, kDontCache)) {}
+      policy_(ProcessTransferPolicy()),
+      session_(InternetOpenA(kTransferAgent, INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, kDontCache)) {
+    // Handles made from the session take these over on Windows; Wine's do
+    // not, so each download sets them again on its own connection.
+    if (session_) {
+        for (auto [option, value] : {std::pair{INTERNET_OPTION_CONNECT_TIMEOUT, policy_.connectTimeoutMs},
+                                     std::pair{INTERNET_OPTION_SEND_TIMEOUT, policy_.sendTimeoutMs},
+                                     std::pair{INTERNET_OPTION_RECEIVE_TIMEOUT, policy_.receiveTimeoutMs}}) {
+            DWORD ms = value;
+            InternetSetOptionA(session_.Get(), option, &ms, sizeof ms);
+        }
+    }
+}
 
 clsFTP::~clsFTP() = default;
 
@@ -63,19 +135,6 @@ int32_t clsFTP::InternetHandle() const {
     return static_cast<int32_t>(reinterpret_cast<intptr_t>(connection_.Get()));
 }
 
-unique_hinternet clsFTP::OpenRequest(const std::string& URL) {
-    if (!session_) return {};
-    unique_hinternet request(InternetOpenUrlA(session_.Get(), URL.c_str(), nullptr, 0, kDontCache, 0));
-    if (!request) return {};
-    // WinINet hands over an error page like any other body; a file that the
-    // server does not have must not become a file on the PC.
-    DWORD status = 0, size = sizeof status;
-    if (HttpQueryInfoA(request.Get(), HTTP_QUERY_STATUS_CODE | HTTP_QUERY_FLAG_NUMBER, &status, &size, nullptr) &&
-        status >= 400)
-        return {};
-    return request;
-}
-
 void clsFTP::RaiseFileProgress(float percent, const std::string& status) {
     if (listener_) listener_->FileProgress(percent, status);
 }
@@ -88,6 +147,90 @@ void clsFTP::LetMessagesRun() {
     if (desktop_) desktop_->DoEvents();
 }
 
+bool clsFTP::Fetch(const std::string& URL, Body& body, double& total) {
+    if (!session_) return false;
+    const int tries = std::max<int>(1, modCorvanInstaller_Global().MaxTries);
+    uint64_t held = 0;     // bytes of the body taken, the first block's padding left out
+    bool resumable = false;  // what is held may be continued by a range request
+    std::string validator;   // the first answer's ETag or date, sent back with a range request
+    char block[kBlock] = {};
+    for (int attempt = 1;; ++attempt) {
+        const bool resuming = resumable && held > 0;
+        AttemptFailure failure;
+        {
+            DownloadAttempt request(session_.Get(), URL, resuming ? RangeRequestHeaders(held, validator) : "",
+                                    policy_, desktop_);
+            HINTERNET answer = request.WaitForAnswer();
+            const DWORD status = answer ? StatusOf(answer) : 0;
+            if (!answer) {
+                failure = {IsTransientError(request.Error()), ReasonText(request.Error())};
+            } else if (status >= 400) {
+                // WinINet hands over an error page like any other body; a file
+                // the server does not have must not become a file on the PC.
+                failure = {IsTransientStatus(status), "the server answered " + std::to_string(status)};
+            } else {
+                const auto start = ContentRangeStart(Header(answer, HTTP_QUERY_CONTENT_RANGE));
+                const bool continues = resuming && status == 206 && start && *start == held;
+                bool broke = false, written = true;
+                DWORD last = 1;
+                if (resuming && status == 206 && !continues) {
+                    // Not the part asked for: ask for the whole body next time.
+                    resumable = false;
+                    failure = {true, "the server sent another part of the file"};
+                } else {
+                    if (!continues) {
+                        // A whole body: the first answer, or a server that sends it all again.
+                        if ((held > 0 || total > 0) && !body.Restart()) written = false;
+                        held = 0;
+                        total = 0;
+                        currentFileSize_ = AnnouncedLength(answer);
+                        validator = Header(answer, HTTP_QUERY_ETAG);
+                        if (validator.empty()) validator = Header(answer, HTTP_QUERY_LAST_MODIFIED);
+                        resumable = status == 200 && Header(answer, HTTP_QUERY_ACCEPT_RANGES) != "none";
+                        broke = !request.NextBlock(block, last);
+                        if (!broke && written) {
+                            total = kBlock;
+                            ReportBlock(total);
+                            written = body.Take(block, kBlock);
+                            held = last;
+                            // Continuing after a short first block would leave its padding inside the file.
+                            if (last < kBlock) resumable = false;
+                        }
+                    }
+                    while (written && !broke && last > 0) {
+                        broke = !request.NextBlock(block, last);
+                        if (broke) break;
+                        written = body.Take(block, last);
+                        held += last;
+                        total += last;
+                        ReportBlock(total);
+                        LetMessagesRun();
+                    }
+                    if (!written) {
+                        LogTransfer("Download of " + URL + " failed: the file could not be written");
+                        return false;
+                    }
+                    if (!broke && (currentFileSize_ <= 0 || static_cast<double>(held) >= currentFileSize_)) return true;
+                    failure = {true, broke ? ReasonText(request.Error())
+                                           : "the answer broke off after " + std::to_string(held) + " bytes"};
+                }
+            }
+        }
+        if (!failure.transient || attempt >= tries) {
+            // A failure at the first attempt is the caller's to word.
+            if (attempt > 1)
+                LogTransfer("Download of " + URL + " failed after " + std::to_string(attempt) +
+                            " attempts: " + failure.reason);
+            return false;
+        }
+        const DWORD pause = RetryDelayMs(policy_, attempt + 1);
+        LogTransfer("Download of " + URL + " failed: " + failure.reason + "; trying again in " + std::to_string(pause) +
+                 " ms, attempt " + std::to_string(attempt + 1) + " of " + std::to_string(tries) +
+                 (resumable && held > 0 ? ", from byte " + std::to_string(held) : ""));
+        PauseLettingMessagesRun(desktop_, pause);
+    }
+}
+
 bool clsFTP::DownloadFile(const std::string& URL, const std::string& Destination) {
     stillExecuting_ = true;
     struct Finished {
@@ -96,59 +239,22 @@ bool clsFTP::DownloadFile(const std::string& URL, const std::string& Destination
     } finished{stillExecuting_};
 
     currentFileSize_ = 0;
-    unique_hinternet request = OpenRequest(URL);
-    if (!request) return false;
-    currentFileSize_ = AnnouncedLength(request.Get());
-
-    char block[kBlock] = {};
-    DWORD delivered = 0;
-    BlockReader reader(request.Get(), kBlock);
-    if (!reader.Next(block, delivered)) return false;
-    double total = kBlock;
-    ReportBlock(total);
-
-    PartFile file;
-    if (!file.Open(Destination) || !file.Write(block, kBlock)) return false;
-    bool whole = ReadRest(reader, block, delivered, currentFileSize_, [&](DWORD count) {
-        if (!file.Write(block, count)) return false;
-        total += count;
-        ReportBlock(total);
-        LetMessagesRun();
-        return true;
-    });
-    if (!whole || !file.Commit()) return false;
+    FileBody file(Destination);
+    double total = 0;
+    if (!Fetch(URL, file, total) || !file.Commit()) return false;
     RaiseFileProgress(1.0f, ProgressText(total, currentFileSize_));
     return true;
 }
 
 std::string clsFTP::OpenURL(const std::string& URL) {
-    std::string text;
-    double total = 0;
     currentFileSize_ = 0;
-    unique_hinternet request = OpenRequest(URL);
-    if (request) {
-        currentFileSize_ = AnnouncedLength(request.Get());
-        char block[kBlock] = {};
-        DWORD delivered = 0;
-        BlockReader reader(request.Get(), kBlock);
-        if (reader.Next(block, delivered)) {
-            total = kBlock;
-            ReportBlock(total);
-            text.assign(block, kBlock);
-            bool whole = ReadRest(reader, block, delivered, currentFileSize_, [&](DWORD count) {
-                text.append(block, count);
-                total += count;
-                ReportBlock(total);
-                LetMessagesRun();
-                return true;
-            });
-            // Half a packing list is worse than none: the caller treats an
-            // empty text as a failed fetch.
-            if (!whole) text.clear();
-        }
-    }
+    TextBody text;
+    double total = 0;
+    // Half a packing list is worse than none: the caller treats an empty
+    // text as a failed fetch.
+    if (!Fetch(URL, text, total)) text.text.clear();
     RaiseFileProgress(1.0f, ProgressText(total, currentFileSize_));
-    return text;
+    return text.text;
 }
 
 double clsFTP::FtpFileGetFileSize(const WIN32_FIND_DATAA& WFD) {

@@ -7,6 +7,7 @@
 
 #include "common/desktop.h"
 #include "transfer/internet_handle.h"
+#include "transfer/retry_policy.h"
 #include "transfer/transfer_texts.h"
 
 namespace corvan {
@@ -24,7 +25,11 @@ public:
 // INTERNET_SERVICE_GOPHER (2), INTERNET_SERVICE_HTTP (3).
 
 // One WinINet session: downloads a URL into a file or a text, block by
-// block, with progress events, and words WinINet's numbers as text.
+// block, with progress events, and words WinINet's numbers as text. Every
+// wait for the server is bounded by the policy's time-outs and the page's
+// messages run meanwhile; a download that fails for a passing reason is
+// tried again (MAXTRIES attempts in all), a broken-off body continued where
+// it stopped when the server takes range requests.
 class clsFTP {
 public:
     // `desktop` lets pending window messages run between blocks; without one
@@ -62,7 +67,8 @@ public:
 
     // Downloads URL into the file Destination. False, with the file as it
     // was, when the URL cannot be opened, the server answers with an HTTP
-    // error, the file cannot be written or the body ends early.
+    // error, the file cannot be written or the body ends early, after the
+    // retries such a failure allows.
     bool DownloadFile(const std::string& URL, const std::string& Destination);
 
     // Downloads URL into a text; empty when it cannot be had whole.
@@ -80,16 +86,25 @@ public:
     INTERNET_STATUS_CALLBACK SetStatusCallBack(HINTERNET hInternet, INTERNET_STATUS_CALLBACK lpfnInternetCallBack);
     void RemoveStatusCallback(HINTERNET hCallBack);
 
+    // Where the bytes of a download go.
+    struct Body {
+        virtual ~Body() = default;
+        // Forgets what was taken: the server sends the body again from its start.
+        virtual bool Restart() = 0;
+        virtual bool Take(const char* bytes, size_t count) = 0;
+    };
+
 private:
     void RaiseFileProgress(float percent, const std::string& status);
     void ReportBlock(double total);
     void LetMessagesRun();
-    // The request for URL, or nothing when it cannot be opened or the server
-    // answers with an HTTP error.
-    unique_hinternet OpenRequest(const std::string& URL);
+    // Fetches URL into `body` with its retries; `total` is the running count
+    // the progress events report. False when the download failed for good.
+    bool Fetch(const std::string& URL, Body& body, double& total);
 
     Desktop* desktop_;
     clsFTPEvents* listener_;
+    TransferPolicy policy_;
     unique_hinternet session_;
     unique_hinternet connection_;  // closed before the session it belongs to
     int32_t protocal_ = 0;

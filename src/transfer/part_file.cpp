@@ -52,6 +52,14 @@ bool PartFile::Write(const char* bytes, size_t count) {
     return true;
 }
 
+bool PartFile::Restart() {
+    if (file_ == INVALID_HANDLE_VALUE) return false;
+    buffer_.clear();
+    written_ = 0;
+    LARGE_INTEGER start{};
+    return SetFilePointerEx(file_, start, nullptr, FILE_BEGIN) && SetEndOfFile(file_);
+}
+
 bool PartFile::Flush() {
     bool ok = WriteAll(file_, buffer_.data(), buffer_.size());
     buffer_.clear();

@@ -21,6 +21,8 @@ public:
     // False when the destination's folder cannot take a new file.
     bool Open(const std::string& destination);
     bool Write(const char* bytes, size_t count);
+    // Empties the new file: the server sends the body again.
+    bool Restart();
     // Adds the old tail and puts the file in the destination's place.
     bool Commit();
 

@@ -17,6 +17,7 @@
 #include "tools/scl/build.h"
 #include "tools/scl/lint.h"
 #include "tools/scl/manifest.h"
+#include "tools/scl/plan.h"
 
 namespace corvan::scl {
 namespace {
@@ -30,6 +31,7 @@ constexpr uintmax_t kLargestList = 512ull << 20;
 const char kUsage[] =
     "usage: scl build FOLDER MANIFEST [-o LIST] [--os NAME]...\n"
     "       scl lint LIST [--files DIR] [--os NAME]... [--json]\n"
+    "       scl plan LOCAL SERVER --os NAME [--groups TEXT] [--installed 0|1] [--ie N] [--acrobat 0|1]\n"
     "       scl help [COMMAND] | scl COMMAND --help | scl --version\n";
 
 const char kHelp[] =
@@ -37,9 +39,11 @@ const char kHelp[] =
     "\n"
     "  scl build FOLDER MANIFEST   write a packing list from a folder of packages and a TOML manifest\n"
     "  scl lint LIST               report every problem the client would meet in a packing list\n"
+    "  scl plan LOCAL SERVER       what a PC holding LOCAL does when the server publishes SERVER\n"
     "\n"
     "Run scl COMMAND --help for a command's options. Exit status: 0 done (lint: clean),\n"
-    "1 problems found (lint) or manifest refused (build), 2 bad usage or unreadable input.\n";
+    "1 problems found (lint), manifest refused (build) or server list refused by every PC (plan),\n"
+    "2 bad usage or unreadable input.\n";
 
 const char kBuildHelp[] =
     "usage: scl build FOLDER MANIFEST [-o LIST] [--os NAME]...\n"
@@ -73,6 +77,25 @@ const char kLintHelp[] =
     "  --json        one JSON object: {\"list\", \"problems\": [{\"line\", \"column\", \"message\"}]}\n"
     "\n"
     "Exit status: 0 clean, 1 problems, 2 bad usage or unreadable LIST.\n";
+
+const char kPlanHelp[] =
+    "usage: scl plan LOCAL SERVER --os NAME [--groups TEXT] [--installed 0|1] [--ie N] [--acrobat 0|1]\n"
+    "\n"
+    "Tells what an install run does on a PC whose local list is LOCAL when the server publishes\n"
+    "SERVER, with the engine's own comparison and install-pass decisions: one item per line,\n"
+    "ACTION<TAB>KEY<TAB>REASON, ACTION being install, update, remove, keep or skip, KEY the\n"
+    "item's InstallFolder + FileName, in the order the PC works through them; the server's rows\n"
+    "for other machines follow as skip. What happens before the pass (a list fetched again, no\n"
+    "pass at all) and a count go to standard error.\n"
+    "\n"
+    "  --os NAME         the PC's Windows version name, as the client reads it (\"Windows XP\")\n"
+    "  --groups TEXT     the user's groups as the page passes them (default: none, every group)\n"
+    "  --installed 0|1   whether the client is installed (\"InstallComplete\"; default 1)\n"
+    "  --ie N            Internet Explorer's major version (default 6)\n"
+    "  --acrobat 0|1     whether a suitable Adobe Acrobat is present (default 0)\n"
+    "\n"
+    "Exit status: 0 plan made, 1 every PC refuses SERVER (nothing changes), 2 bad usage or\n"
+    "unreadable input.\n";
 
 class UsageError : public std::runtime_error {
     using std::runtime_error::runtime_error;
@@ -250,6 +273,53 @@ int Lint(const std::vector<std::string>& args, std::ostream& out, std::ostream& 
     return kExitProblems;
 }
 
+int32_t NumberOption(const CommandLine& line, const std::string& name, int32_t fallback, int32_t low, int32_t high) {
+    if (!line.Has(name)) return fallback;
+    const std::string text = line.Last(name);
+    try {
+        size_t used = 0;
+        const long value = std::stol(text, &used);
+        if (used == text.size() && value >= low && value <= high) return static_cast<int32_t>(value);
+    } catch (const std::exception&) {
+    }
+    throw UsageError("--" + name + " takes a number from " + std::to_string(low) + " to " + std::to_string(high) +
+                     ", not \"" + text + "\"");
+}
+
+int MakePlanCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
+    const CommandLine line = Parse(args, {{"os", 0, true},
+                                          {"groups", 0, true},
+                                          {"installed", 0, true},
+                                          {"ie", 0, true},
+                                          {"acrobat", 0, true},
+                                          {"help", 'h', false}});
+    if (line.Has("help")) return out << kPlanHelp, kExitClean;
+    NeedPositional(line, 2, "LOCAL SERVER");
+    if (!line.Has("os") || line.Last("os").empty())
+        throw UsageError("--os names the PC's Windows version, such as \"Windows XP\"");
+    PlanMachine machine;
+    machine.versionName = line.Last("os");
+    machine.usersGroups = line.Last("groups");
+    machine.installed = NumberOption(line, "installed", 1, 0, 1) == 1;
+    machine.ieMajorVersion = NumberOption(line, "ie", 6, 0, 99);
+    machine.acrobatPresent = NumberOption(line, "acrobat", 0, 0, 1) == 1;
+    const std::string local = ReadListFile(line.positional[0]);
+    const std::string server = ReadListFile(line.positional[1]);
+    const Plan plan = MakePlan(local, server, machine);
+    if (plan.refused) return err << "scl plan: " << plan.refusal << "\n", kExitProblems;
+    for (const std::string& note : plan.notes) err << "scl plan: " << note << "\n";
+    std::map<std::string, size_t> counts;
+    for (const PlanItem& item : plan.items) {
+        out << item.action << '\t' << item.key << '\t' << item.reason << '\n';
+        ++counts[item.action];
+    }
+    out << std::flush;
+    err << "scl plan:";
+    for (const char* action : {"install", "update", "remove", "keep", "skip"})
+        err << " " << counts[action] << " " << action << (std::string(action) == "skip" ? "\n" : ",");
+    return kExitClean;
+}
+
 struct Command {
     const char* name;
     int (*run)(const std::vector<std::string>&, std::ostream&, std::ostream&);
@@ -259,6 +329,7 @@ struct Command {
 const Command kCommands[] = {
     {"build", Build, kBuildHelp},
     {"lint", Lint, kLintHelp},
+    {"plan", MakePlanCommand, kPlanHelp},
 };
 
 const Command* FindCommand(const std::string& name) {

@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include "transfer/retry_policy.h"
 #include "transfer/transfer_texts.h"
 
 using namespace corvan;
@@ -128,4 +129,11 @@ TEST(TransferTexts, DormantTransferModes) {
     EXPECT_DOUBLE_EQ(c.pub_BytesRecieved, 10);
     EXPECT_EQ(Describe(c, 70, {}).text, "Download complete. Handle closed");
     EXPECT_EQ(Describe(c, 70, {}).text, "Handle closed");
+}
+
+TEST(RangeAnswers, FirstByteOfTheContentRange) {
+    EXPECT_EQ(ContentRangeStart("bytes 500-999/1000"), 500u);
+    EXPECT_EQ(ContentRangeStart("bytes 0-0/*"), 0u);
+    for (const char* refused : {"bytes */1000", "bytes 12", "items 1-2/3", "", "bytes -5", "bytes 99999999999999999999-1/2"})
+        EXPECT_EQ(ContentRangeStart(refused), std::nullopt) << refused;
 }
