@@ -21,6 +21,10 @@ public:
 
     // Lets pending window messages run (the runtime's DoEvents).
     virtual void DoEvents() = 0;
+
+    // Ends the Windows session as ExitWindowsEx does, with its flags (2
+    // reboots) and reason; true when Windows took the request.
+    virtual bool ExitSession(unsigned flags, unsigned reason) = 0;
 };
 
 // The runtime's message-box constants.

@@ -46,6 +46,8 @@ ManageClient::ManageClient(Desktop& desktop, ManageClientEvents& events)
     settings.Load();
     objInstall_->InstallFile(settings.InstallListPath());
     objInstall_->UnInstallFile(settings.UninstallListPath());
+    // Once per control: the Windows and browser versions every run reads.
+    objInstall_->GetWindowsConfiguration(substitutions_);
 }
 
 ManageClient::~ManageClient() = default;

@@ -68,6 +68,7 @@ private:
     Desktop& desktop_;
     ManageClientEvents& events_;
     std::unique_ptr<InstallEngine> objInstall_;
+    KeyedCollection<std::string> substitutions_;  // "%ocx%": the browser's control cache
     std::unique_ptr<clsWindowTools> windowTools_;
     ControlSurface surface_;
     DialogMonitor monitor_;

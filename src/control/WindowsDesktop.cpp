@@ -32,4 +32,10 @@ void WindowsDesktop::DoEvents() {
     lastPump_ = GetTickCount64();
 }
 
+bool WindowsDesktop::ExitSession(unsigned flags, unsigned reason) {
+    // No shutdown privilege is asked for: where the user lacks it, Windows
+    // refuses and the user reboots by hand.
+    return ::ExitWindowsEx(flags, reason) != FALSE;
+}
+
 }  // namespace corvan

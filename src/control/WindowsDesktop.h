@@ -10,6 +10,7 @@ public:
     int MsgBox(const std::string& text, int style, const std::string& title) override;
     void SetMousePointer(int pointer) override;
     void DoEvents() override;
+    bool ExitSession(unsigned flags, unsigned reason) override;
 
 private:
     // A download or a checksum asks after every block, tens of thousands of

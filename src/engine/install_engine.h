@@ -4,6 +4,7 @@
 #include <string>
 
 #include "common/desktop.h"
+#include "common/keyed_collection.h"
 
 namespace corvan {
 
@@ -41,7 +42,15 @@ public:
     // True when an install or update is needed.
     virtual bool NeedToInstall() = 0;
 
-    // The engine's current status text.
+    // What the last NeedToInstall found to do: "Install", "Update" or "".
+    virtual std::string NeedToDo() const = 0;
+
+    // Learns the machine's Windows and Internet Explorer versions into the
+    // settings and adds the "%ocx%" entry (the browser's control cache
+    // folder) to `substitutions`. Called once, when the control initialises.
+    virtual bool GetWindowsConfiguration(KeyedCollection<std::string>& substitutions) = 0;
+
+    // The engine's status: the last InstallationStatus it raised.
     virtual std::string Status() const = 0;
 };
 

@@ -19,6 +19,14 @@ struct InstallerSettings {
     int16_t History = 0;
     std::string UsersGroups;
 
+    // What the engine's GetWindowsConfiguration learns of the machine once,
+    // when the control initialises; 0 and empty before.
+    int16_t WindowsMajorVersion = 0;
+    int16_t WindowsMinorVersion = 0;
+    int16_t IEMajorVersion = 0;
+    std::string IEBuild;
+    std::string IEVersion;
+
     // The folders the security configurator opens before and after Root.
     // Nothing assigns them, so they stay empty, and the configurator still
     // runs its grants for them; Load leaves them as they are.

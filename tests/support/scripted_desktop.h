@@ -28,10 +28,15 @@ public:
     }
     void SetMousePointer(int pointer) override { pointers.push_back(pointer); }
     void DoEvents() override { ++pumps; }
+    bool ExitSession(unsigned flags, unsigned) override {
+        exits.push_back(flags);
+        return true;
+    }
 
     std::vector<Box> boxes;
     std::vector<int> pointers;
     int pumps = 0;
+    std::vector<unsigned> exits;  // the flags of each session end asked for
 
 private:
     std::deque<int> answers_;

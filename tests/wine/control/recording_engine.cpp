@@ -53,6 +53,13 @@ public:
         return Setting("need", "False") == "True";
     }
 
+    std::string NeedToDo() const override { return Setting("todo", ""); }
+
+    bool GetWindowsConfiguration(corvan::KeyedCollection<std::string>&) override {
+        journal += "GetWindowsConfiguration()\n";
+        return true;
+    }
+
     std::string Status() const override { return Setting("status", ""); }
 
 private:

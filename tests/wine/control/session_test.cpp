@@ -105,7 +105,8 @@ TEST_F(Session, ModesWithoutEngineWriteHeaderAndFooterOnlyAndReturnEmpty) {
 
 TEST_F(Session, EngineIsGivenItsListsAndEachModeCallsItAsTheTableSays) {
     corvan::ManageClient control(desktop, page);
-    EXPECT_EQ(Journal(), "InstallFile=c:\\TALO\\SC_Install.scl\nUnInstallFile=c:\\TALO\\SC_Uninstall.scl\n");
+    EXPECT_EQ(Journal(), "InstallFile=c:\\TALO\\SC_Install.scl\nUnInstallFile=c:\\TALO\\SC_Uninstall.scl\n"
+                         "GetWindowsConfiguration()\n");
     struct Case {
         int16_t mode;
         const char* call;

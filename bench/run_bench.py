@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs every tests/bench/bench_*.py in name order; each prints its figures.
+"""Runs every bench/bench_*.py in name order; each prints its figures.
 
 ./run bench builds the optimised programs first: natively in build/bench-native
 and for 64-bit Windows in build/bench-x64. Windows programs run under Wine in
@@ -17,7 +17,8 @@ import os
 import subprocess
 import sys
 
-sys.path.insert(0, os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+sys.path.insert(0, os.path.join(ROOT, "tests"))
 from run_tests import make_prefix  # noqa: E402  the test runner's prefix, made the same way
 
 sys.stdout.reconfigure(line_buffering=True)
@@ -32,7 +33,7 @@ def prepare_prefix(root, prefix):
 
 def main():
     parser = argparse.ArgumentParser()
-    parser.add_argument("--root", default=os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)))))
+    parser.add_argument("--root", default=ROOT)
     parser.add_argument("--filter", default="", help="run only the bench scripts whose name holds this text")
     args = parser.parse_args()
     root = os.path.abspath(args.root)
@@ -44,7 +45,7 @@ def main():
                CORVAN_BENCH_X64=os.path.join(root, "build", "bench-x64"),
                CORVAN_BENCH_DATA=data)
     failed = 0
-    for script in sorted(glob.glob(os.path.join(root, "tests", "bench", "bench_*.py"))):
+    for script in sorted(glob.glob(os.path.join(root, "bench", "bench_*.py"))):
         name = os.path.basename(script)
         if args.filter not in name:
             continue

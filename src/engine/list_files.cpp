@@ -1,0 +1,119 @@
+// What the engine does with its three list files as wholes: SC_Install.scl
+// (the local list), ServerVersion.scl (the server's) and SC_Uninstall.scl.
+#include "common/text.h"
+#include "engine/clsInstall.h"
+#include "engine/list_download.h"
+#include "logging/modTrace.h"
+#include "settings/modCorvanInstaller_Global.h"
+
+namespace corvan {
+
+bool clsInstall::DownloadList(const std::string& url, const std::string& path, clsFileIO* file) {
+    return DownloadListFile(session_, url, path, file, [this](const Failure& failure) { ReportError(failure, ""); });
+}
+
+bool clsInstall::ValidateFile() {
+    try {
+        switch (CheckListForm(FileRows(localFile_))) {
+            case ListForm::Valid:
+                return true;
+            case ListForm::Empty:
+                Trace({"SC_Install.Scl is empty...Invalid file format."});
+                return false;
+            case ListForm::TooFewFields:
+                // Says ten, tests eleven: both as they have always been.
+                Trace({"SC_Install.Scl has less than 10 fields...Invalid file format."});
+                return false;
+        }
+    } catch (const Failure& failure) {
+        LogError(failure, " - clsInstall.ValidateFile()");
+    }
+    return false;
+}
+
+bool clsInstall::LoadFileIntoCollection(const clsFileIO& file, bool markDirty) {
+    return comparison_.LoadFileIntoCollection(FileRows(file), markDirty);
+}
+
+bool clsInstall::SameAsServer() {
+    try {
+        const std::string url = BaseUrl() + "SC_Install.scl";
+        Trace({"Downloading Server file from: " + url});
+        if (!DownloadList(url, ApplicationFolder() + "\\ServerVersion.scl", &serverFile_)) {
+            Trace({"Download Failed"});
+            return false;
+        }
+        comparison_.Reset();
+        Trace({"Loading local file and Server file into collection."});
+        if (!LoadFileIntoCollection(localFile_, true)) {
+            Trace({"Local file failed to load into collection. Format could be bad."});
+            return false;
+        }
+        if (!LoadFileIntoCollection(serverFile_, true)) {
+            Trace({"Non-Duplicate rows found when comparing server and local file contents."});
+            return false;
+        }
+        if (comparison_.blnMustInstall()) {
+            Trace({"blnMustInstall = True"});
+            return false;
+        }
+        Trace({"Local file = Server file"});
+        // Nothing to do: the lists are let go.
+        comparison_.Reset();
+        localFile_.Contents("");
+        serverFile_.Contents("");
+        comparison_.blnMustInstall(false);
+        return true;
+    } catch (const Failure& failure) {
+        LogError(failure, " - clsInstall.SameAsServer()");
+        return false;
+    }
+}
+
+void clsInstall::UpdateLocalFile() {
+    try {
+        const std::string contents = serverFile_.Contents();
+        if (!Trim(contents).empty()) localFile_.WriteText(contents);
+    } catch (const Failure& failure) {
+        LogError(failure, " - clsInstaller.UpdateLocalFile()");
+    }
+}
+
+void clsInstall::WriteUninstallLog() {
+    try {
+        uninstallFile_.WriteText(comparison_.UninstallListText());
+    } catch (const Failure& failure) {
+        LogError(failure, " - clsInstall.WriteUninstallLog()");
+    }
+}
+
+bool clsInstall::LoadLocalFile(clsFileIO& objLocalFile) {
+    try {
+        const std::string url = BaseUrl() + "SC_Install.scl";
+        const bool opened = objLocalFile.OpenFile(installFile_);
+        if (!opened || comparison_.blnForceInstall()) {
+            StatusMsg("File not found, downloading.");
+            if (!DownloadList(url, installFile_, &objLocalFile)) {
+                StatusMsg("Download Failed.");
+            } else {
+                StatusMsg("Download Successful.");
+                comparison_.blnForceInstall(true);
+                comparison_.blnMustInstall(true);
+            }
+        } else if (objLocalFile.RowCount() == 0) {
+            StatusMsg("File was empty...Downloading install file.");
+            if (!DownloadList(url, installFile_, &objLocalFile)) {
+                StatusMsg("Download Failed");
+            } else {
+                StatusMsg("Download Successful");
+                comparison_.blnForceInstall(true);
+                comparison_.blnMustInstall(true);
+            }
+        }
+    } catch (const Failure& failure) {
+        LogError(failure, " - clsInstall.LoadLocalFile(objLocalFile as clsFileIO)");
+    }
+    return true;
+}
+
+}  // namespace corvan
