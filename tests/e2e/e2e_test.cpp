@@ -198,6 +198,7 @@ protected:
         SetEnvironmentVariableA("CORVAN_COMMAND_RECORD", commandRecord_.c_str());
     }
     void TearDown() override {
+        if (unregistered_) control_tests::Regsvr32(winbench::OutDir() + "\\CorvanInstaller.ocx");
         machine_.Clean();
         folders_.clear();
     }
@@ -216,6 +217,7 @@ protected:
     void Check(const Line& line);
     void RunControl(const std::string& mode, const std::string& expected);
     void Need(const std::string& expected, const std::string& todo);
+    void RunClient(const std::string& arguments, const std::string& expected);
 
     Machine machine_;
     std::map<std::string, std::unique_ptr<testserver::InstallerFolder>> folders_;
@@ -225,6 +227,8 @@ protected:
     std::map<std::string, std::optional<std::string>> listsBefore_;
     std::string commandRecord_;
     std::string groups_;
+    bool unregistered_ = false;
+    std::string clientOutput_;  // what CorvanClient.exe printed in its last run
     std::deque<std::string> answers_;
     Texts boxes_;
     Texts heard_;       // the page's events of the last run: "1:error", "2:status"
@@ -280,6 +284,20 @@ std::string Scenario::Expand(std::string text) const {
     return text;
 }
 
+// CorvanClient.exe as a help desk or a deployment script runs it: the
+// scenario's installer and groups unless the arguments name their own.
+void Scenario::RunClient(const std::string& arguments, const std::string& expected) {
+    const size_t logged = winbench::FileExists("C:\\TALO\\SC_Install.log") ? control_tests::LogMessages().size() : 0;
+    std::string command = "\"" + winbench::OutDir() + "\\CorvanClient.exe\" " + arguments;
+    if (arguments.find("/url") == std::string::npos) command += " /url " + folder_->URL() + "default.asp";
+    if (!groups_.empty()) command += " /groups \"" + groups_ + "\"";
+    winbench::ChildResult run = winbench::RunAndWait(command);
+    clientOutput_ = run.output;
+    EXPECT_EQ(std::to_string(run.exitCode), expected) << command << "\n" << run.output;
+    const Texts log = winbench::FileExists("C:\\TALO\\SC_Install.log") ? control_tests::LogMessages() : Texts();
+    runLog_.assign(log.begin() + static_cast<ptrdiff_t>(std::min(logged, log.size())), log.end());
+}
+
 void Scenario::Do(const Line& line) {
     const std::string text = Expand(line.text);
     if (line.keyword == "at") {
@@ -326,6 +344,13 @@ void Scenario::Do(const Line& line) {
         const Texts words = Split(text, " ");
         boxes_.clear();
         RunControl(words.at(0), words.at(1));
+    } else if (line.keyword == "client") {
+        const size_t arrow = text.rfind(" => ");
+        ASSERT_NE(arrow, std::string::npos) << "line " << line.number << ": client <arguments> => <exit code>";
+        RunClient(text.substr(0, arrow), text.substr(arrow + 4));
+    } else if (line.keyword == "unregistered") {
+        ASSERT_TRUE(control_tests::Regsvr32(winbench::OutDir() + "\\CorvanInstaller.ocx", true));
+        unregistered_ = true;
     } else if (line.keyword == "need") {
         const Texts words = Split(text, " ");
         Need(words.at(0), words.at(1));
@@ -396,6 +421,12 @@ void Scenario::Check(const Line& line) {
             const size_t equals = part.find('=');
             EXPECT_EQ(std::to_string(folder_->Requests(FileOf(part.substr(0, equals)))), part.substr(equals + 1))
                 << part;
+        }
+    } else if (line.keyword == "output") {
+        size_t at = 0;
+        for (const std::string& wanted : Split(text, " | ")) {
+            at = clientOutput_.find(wanted, at);
+            ASSERT_NE(at, std::string::npos) << "not printed in this order: " << wanted << "\n" << clientOutput_;
         }
     } else if (line.keyword == "within") {
         EXPECT_LT(lastRunMs_, std::stoul(text) * 1000) << "the run took " << lastRunMs_ << " ms";
