@@ -14,7 +14,7 @@ bool clsInstall::DownloadList(const std::string& url, const std::string& path, c
 
 bool clsInstall::ValidateFile() {
     try {
-        switch (CheckListForm(FileRows(localFile_))) {
+        switch (CheckListForm(RowsOf(localFile_))) {
             case ListForm::Valid:
                 return true;
             case ListForm::Empty:
@@ -32,7 +32,7 @@ bool clsInstall::ValidateFile() {
 }
 
 bool clsInstall::LoadFileIntoCollection(const clsFileIO& file, bool markDirty) {
-    return comparison_.LoadFileIntoCollection(FileRows(file), markDirty);
+    return comparison_.LoadFileIntoCollection(RowsOf(file), markDirty);
 }
 
 bool clsInstall::SameAsServer() {
