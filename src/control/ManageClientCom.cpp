@@ -39,14 +39,14 @@ STDMETHODIMP ManageClientCom::get_Status(BSTR* status) {
     });
 }
 
-STDMETHODIMP ManageClientCom::GetProgress(float* fraction, BSTR* caption, float* transferFraction, BSTR* transferText) {
-    if (!fraction || !caption || !transferFraction || !transferText) return E_POINTER;
-    *caption = *transferText = nullptr;
+STDMETHODIMP ManageClientCom::GetProgress(float* fraction, BSTR* message, float* transferFraction, BSTR* transferText) {
+    if (!fraction || !message || !transferFraction || !transferText) return E_POINTER;
+    *message = *transferText = nullptr;
     return Guarded([&] {
         const ControlSurface& surface = control_->Surface();
         *fraction = surface.ProgressFraction();
         *transferFraction = surface.TransferFraction();
-        *caption = ToBstr(surface.StatusCaption());
+        *message = ToBstr(surface.LastMessage());
         *transferText = ToBstr(surface.TransferLineVisible() ? surface.TransferText() : std::string());
         return S_OK;
     });

@@ -51,7 +51,7 @@ public:
     STDMETHODIMP FindConnectionPoint(REFIID riid, IConnectionPoint** point) override;
 
     // IManageClientProgress
-    STDMETHODIMP GetProgress(float* fraction, BSTR* caption, float* transferFraction, BSTR* transferText) override;
+    STDMETHODIMP GetProgress(float* fraction, BSTR* message, float* transferFraction, BSTR* transferText) override;
 
     // IOleObject: closing also lets go of the page's event sinks.
     STDMETHODIMP Close(DWORD saveOption) override;

@@ -328,15 +328,14 @@ bool clsInstall::PrepareInstall() {
 // The local list is fetched again from each installer base URL in turn,
 // until one gives it.
 bool clsInstall::FetchLocalListAgain() {
-    const KeyedCollection<std::string>& dictionary = modCorvanInstaller_Global().Dictionary;
-    auto entry = [&dictionary](const char* key) {
-        const std::string* value = dictionary.Find(key);
-        return value ? *value : std::string();
-    };
-    for (const std::string& source : {BaseUrl(), entry("ALT_URL_SOURCE_1"), entry("ALT_URL_SOURCE_2")}) {
+    std::vector<std::string> sources = AlternateSources();
+    sources.insert(sources.begin(), BaseUrl());
+    Failure failure(0, "", "");
+    for (const std::string& source : sources) {
         StatusMsg("Attempting New Download of Install file from " + source);
-        if (DownloadList(source + "SC_Install.scl", installFile_, &localFile_)) return true;
+        if (DownloadListFrom(source + "SC_Install.scl", installFile_, &localFile_, failure)) return true;
     }
+    if (failure.Number() != 0) ReportError(failure, "");
     return false;
 }
 

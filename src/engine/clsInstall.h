@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "common/desktop.h"
 #include "common/failure.h"
@@ -65,7 +66,14 @@ private:
     void UpdateLocalFile();
     void WriteUninstallLog();
     bool LoadLocalFile(clsFileIO& objLocalFile);
+    // A packing list from `url`, falling back to the alternate installer
+    // URLs when `url` is on the current base URL; the failure is reported
+    // once, when no source gave the list.
     bool DownloadList(const std::string& url, const std::string& path, clsFileIO* file);
+    // A packing list from `url` alone; a failure is left in `failure`.
+    bool DownloadListFrom(const std::string& url, const std::string& path, clsFileIO* file, Failure& failure);
+    // "ALT_URL_SOURCE_1" then "ALT_URL_SOURCE_2" of the settings, those set.
+    std::vector<std::string> AlternateSources() const;
 
     // Walks colItems in order: the banner line with the item's file name,
     // the item's step, then the progress over all items (counted whether

@@ -8,8 +8,37 @@
 
 namespace corvan {
 
+std::vector<std::string> clsInstall::AlternateSources() const {
+    const KeyedCollection<std::string>& dictionary = modCorvanInstaller_Global().Dictionary;
+    std::vector<std::string> sources;
+    for (const char* key : {"ALT_URL_SOURCE_1", "ALT_URL_SOURCE_2"}) {
+        const std::string* source = dictionary.Find(key);
+        if (source && !source->empty()) sources.push_back(*source);
+    }
+    return sources;
+}
+
+bool clsInstall::DownloadListFrom(const std::string& url, const std::string& path, clsFileIO* file, Failure& failure) {
+    return DownloadListFile(session_, url, path, file, [&failure](const Failure& reported) { failure = reported; });
+}
+
+// A list the current base URL cannot give (the server unreachable after the
+// transfer's retries, an HTTP error, a list too broken to take) is asked of
+// the alternate installer URLs in turn; the step fails, and its error is
+// reported, only when none of them gives it.
 bool clsInstall::DownloadList(const std::string& url, const std::string& path, clsFileIO* file) {
-    return DownloadListFile(session_, url, path, file, [this](const Failure& failure) { ReportError(failure, ""); });
+    Failure failure(0, "", "");
+    bool done = DownloadListFrom(url, path, file, failure);
+    const std::string base = BaseUrl();
+    if (!done && file && url.compare(0, base.size(), base) == 0) {
+        for (const std::string& source : AlternateSources()) {
+            StatusMsg("Attempting New Download of Install file from " + source);
+            done = DownloadListFrom(source + url.substr(base.size()), path, file, failure);
+            if (done) break;
+        }
+    }
+    if (!done && failure.Number() != 0) ReportError(failure, "");
+    return done;
 }
 
 bool clsInstall::ValidateFile() {

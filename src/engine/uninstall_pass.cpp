@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "engine/clsInstall.h"
+#include "common/text.h"
 #include "engine/engine_files.h"
 #include "logging/modTrace.h"
 #include "logging/write_log.h"
@@ -13,6 +14,8 @@ namespace corvan {
 namespace {
 
 constexpr char kBackupFolder[] = "C:\\Temp\\Talo\\Backup";
+
+bool IsDatabase(const ItemRecord& record) { return UpperCase(record.GetFileExtention()) == "MDB"; }
 
 }  // namespace
 
@@ -31,6 +34,10 @@ void clsInstall::Uninstall() {
             // The same filter that wrote the list.
             if (!ListedForUninstall(record, comparison_.VersionName())) return;
             StatusMsg("Removing " + record.FileName());
+            // A listed database is the dealer's data: its own uninstall
+            // would delete it before the backup below saves it, so it is
+            // left to the backup and the folder's removal.
+            if (IsDatabase(record)) return;
             clsItem objItem(desktop_, this);
             static_cast<ItemRecord&>(objItem) = record;
             ItemStep(objItem, &clsItem::Uninstall, " - clsInstall.Uninstall");

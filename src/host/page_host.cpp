@@ -209,6 +209,12 @@ void PageHost::ShowProgress() {
     char percent[16];
     double shown = std::isfinite(fraction) ? std::fmin(std::fmax(fraction, 0.0), 1.0) * 100.0 : 0.0;
     std::snprintf(percent, sizeof percent, "[%3d%%] ", static_cast<int>(shown + 0.5));
+    // A download under way shows its own line's text and share too.
+    if (!download.empty() && std::isfinite(transfer) && transfer > 0 && transfer < 1) {
+        char share[16];
+        std::snprintf(share, sizeof share, "%d%%", static_cast<int>(transfer * 100 + 0.5));
+        text += " (" + download + " " + share + ")";
+    }
     out_.Status(percent + text);
 }
 

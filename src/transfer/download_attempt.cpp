@@ -94,7 +94,7 @@ void DownloadAttempt::Run() {
 
 HINTERNET DownloadAttempt::Open() {
     char host[INTERNET_MAX_HOST_NAME_LENGTH + 1] = {}, user[256] = {}, password[256] = {};
-    std::string path(url_.size() + 1, '\0');
+    std::string path(url_.size() + 1, '\0'), query(url_.size() + 1, '\0');
     URL_COMPONENTSA parts{};
     parts.dwStructSize = sizeof parts;
     parts.lpszHostName = host;
@@ -105,6 +105,8 @@ HINTERNET DownloadAttempt::Open() {
     parts.dwPasswordLength = sizeof password;
     parts.lpszUrlPath = path.data();
     parts.dwUrlPathLength = static_cast<DWORD>(path.size());
+    parts.lpszExtraInfo = query.data();
+    parts.dwExtraInfoLength = static_cast<DWORD>(query.size());
     const bool web = InternetCrackUrlA(url_.c_str(), 0, 0, &parts) &&
                      (parts.nScheme == INTERNET_SCHEME_HTTP || parts.nScheme == INTERNET_SCHEME_HTTPS);
     const char* extra = headers_.empty() ? nullptr : headers_.c_str();
@@ -117,8 +119,9 @@ HINTERNET DownloadAttempt::Open() {
                                            password[0] ? password : nullptr, INTERNET_SERVICE_HTTP, 0, 0));
         if (connection_) {
             SetTimeouts(connection_.Get(), policy_);
-            // The path comes with its query, as the URL gave it.
+            // The path goes with its query, as the URL gave it.
             path.resize(std::strlen(path.c_str()));
+            path += query.c_str();
             const DWORD flags = kDontCache | INTERNET_FLAG_RELOAD |
                                 (parts.nScheme == INTERNET_SCHEME_HTTPS ? INTERNET_FLAG_SECURE : 0);
             request_.Reset(HttpOpenRequestA(connection_.Get(), "GET", path.empty() ? "/" : path.c_str(), nullptr,

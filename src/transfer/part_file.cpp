@@ -30,6 +30,10 @@ PartFile::~PartFile() { Discard(); }
 
 bool PartFile::Open(const std::string& destination) {
     destination_ = destination;
+    // A read-only file is not written over, as Windows refuses to, Wine's
+    // rename notwithstanding.
+    const DWORD attributes = GetFileAttributesA(destination.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY)) return false;
     char part[MAX_PATH] = {};
     if (!GetTempFileNameA(FolderOf(destination).c_str(), "cvn", 0, part)) return false;
     partPath_ = part;

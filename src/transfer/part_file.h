@@ -18,7 +18,8 @@ public:
     PartFile(const PartFile&) = delete;
     PartFile& operator=(const PartFile&) = delete;
 
-    // False when the destination's folder cannot take a new file.
+    // False when the destination's folder cannot take a new file, or the
+    // destination is read-only.
     bool Open(const std::string& destination);
     bool Write(const char* bytes, size_t count);
     // Empties the new file: the server sends the body again.

@@ -88,9 +88,9 @@ void PutText(IDispatch* control, const wchar_t* name, const std::string& text) {
 
 }  // namespace
 
-std::vector<ScenarioText> LoadScenarios() {
+std::vector<ScenarioText> LoadScenarios(const std::string& name) {
     const char* root = std::getenv("CORVAN_ROOT");
-    std::ifstream file(std::string(root ? root : ".") + "\\tests\\e2e\\scenarios.txt");
+    std::ifstream file(std::string(root ? root : ".") + "\\tests\\e2e\\" + name);
     std::vector<ScenarioText> scenarios;
     std::string text;
     for (int number = 1; std::getline(file, text); ++number) {
@@ -103,7 +103,7 @@ std::vector<ScenarioText> LoadScenarios() {
         else if (!scenarios.empty())
             scenarios.back().lines.push_back(line);
     }
-    if (scenarios.empty()) scenarios.push_back({"scenarios_txt_not_found", {{0, "missing", "scenarios.txt"}}});
+    if (scenarios.empty()) scenarios.push_back({"scenario_file_not_found", {{0, "missing", name}}});
     return scenarios;
 }
 
@@ -135,8 +135,22 @@ std::string FolderEntries(const std::string& folder) {
     return text;
 }
 
-Page::Page(const std::string& installerUrl, const std::string& groups) {
-    control = control_tests::CreateControl();
+// The control of a server file, made by its class factory as COM would
+// make it, without registering the file.
+control_tests::ComPtr<IDispatch> ControlFromFile(const std::string& server) {
+    control_tests::ComPtr<IDispatch> object;
+    HMODULE module = LoadLibraryA(server.c_str());  // kept for the process's life
+    auto getClassObject =
+        module ? reinterpret_cast<HRESULT(WINAPI*)(REFCLSID, REFIID, void**)>(GetProcAddress(module, "DllGetClassObject"))
+               : nullptr;
+    control_tests::ComPtr<IClassFactory> factory;
+    if (getClassObject && SUCCEEDED(getClassObject(CLSID_ManageClient, IID_IClassFactory, factory.PutVoid())))
+        factory->CreateInstance(nullptr, IID_IDispatch, object.PutVoid());
+    return object;
+}
+
+Page::Page(const std::string& installerUrl, const std::string& groups, const std::string& server) {
+    control = server.empty() ? control_tests::CreateControl() : ControlFromFile(server);
     if (!control) return;
     PutText(control.Get(), L"URL", installerUrl + "default.asp");
     PutText(control.Get(), L"UsersGroups", groups);
@@ -162,9 +176,15 @@ QuestionAnswerer::~QuestionAnswerer() {
 }
 
 void Machine::Clean() {
+    for (HANDLE holder : holders_) {
+        TerminateProcess(holder, 0);
+        WaitForSingleObject(holder, 5000);
+        CloseHandle(holder);
+    }
+    holders_.clear();
     if (MsiQueryProductStateA(kTestMsiProduct) == INSTALLSTATE_DEFAULT)
         winbench::RunAndWait(std::string("msiexec.exe /x ") + kTestMsiProduct + " /qn");
-    winbench::RemoveTree("C:\\TALO");
+    if (!DeleteFileA("C:\\TALO")) winbench::RemoveTree("C:\\TALO");
     if (!DeleteFileA("C:\\Temp")) winbench::RemoveTree("C:\\Temp");
     RegDeleteTreeA(HKEY_LOCAL_MACHINE, "Software\\Talo");
     RegDeleteTreeA(HKEY_CURRENT_USER, "Software\\Corvan Tests");
@@ -186,6 +206,42 @@ void Machine::ExplorerVersionVector(const std::string& vector) {
 void Machine::TempIsAFile() {
     winbench::RemoveTree("C:\\Temp");
     winbench::WriteFileBytes("C:\\Temp", "a plain file where the backup folder would go");
+}
+
+void Machine::TaloIsAFile() {
+    winbench::RemoveTree("C:\\TALO");
+    winbench::WriteFileBytes("C:\\TALO", "a plain file where the application folder would go");
+}
+
+void Machine::ReadOnly(const std::string& path) { SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY); }
+
+void Machine::HoldOpen(const std::string& path) {
+    const std::string event = "CorvanHoldFile" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(holders_.size());
+    HANDLE held = CreateEventA(nullptr, TRUE, FALSE, event.c_str());
+    // hold_file.exe is built beside this test program.
+    char self[MAX_PATH] = {};
+    GetModuleFileNameA(nullptr, self, MAX_PATH);
+    const std::string folder(self, std::string(self).find_last_of('\\') + 1);
+    std::string command = "\"" + folder + "hold_file.exe\" \"" + path + "\" " + event;
+    STARTUPINFOA startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process)) {
+        CloseHandle(process.hThread);
+        holders_.push_back(process.hProcess);
+        const HANDLE either[] = {held, process.hProcess};
+        WaitForMultipleObjects(2, either, FALSE, 10000);
+    }
+    CloseHandle(held);
+}
+
+std::string FailingInstallerUrl(const std::string& kind, const std::string& name) {
+    const std::string path = "installer/" + name + "/";
+    if (kind == "refused") return "https://127.0.0.1:1/" + path;
+    if (kind == "unresolved") return "https://" + name + ".invalid/" + path;
+    const char* untrusted = std::getenv("CORVAN_HTTPS_UNTRUSTED_URL");
+    if (kind == "untrusted" && untrusted) return untrusted + path;
+    return "(no failing address " + kind + ")";
 }
 
 std::string Machine::Mark(const std::string& name) const {

@@ -20,8 +20,9 @@ struct ScenarioText {
     std::vector<Line> lines;
 };
 
-// scenarios.txt, from the source tree (CORVAN_ROOT).
-std::vector<ScenarioText> LoadScenarios();
+// A scenario file of this folder (scenarios.txt, faults.txt), from the
+// source tree (CORVAN_ROOT).
+std::vector<ScenarioText> LoadScenarios(const std::string& file = "scenarios.txt");
 
 // The CRC-32 text of some bytes, as a packing list writes it; worked out
 // here bit by bit, apart from the code under test.
@@ -31,11 +32,12 @@ std::string Crc32Text(const std::string& bytes);
 // the folder is missing.
 std::string FolderEntries(const std::string& folder);
 
-// A page holding the registered control: its event sink advised, its URL
-// and the user's groups set.
+// A page holding the registered control, or the one in the server file
+// `server` when one is named: its event sink advised, its URL and the
+// user's groups set.
 class Page {
 public:
-    Page(const std::string& installerUrl, const std::string& groups);
+    Page(const std::string& installerUrl, const std::string& groups, const std::string& server = "");
     ~Page();
     bool Ready() const { return static_cast<bool>(point); }
 
@@ -67,13 +69,24 @@ public:
     void ProductName(const std::string& name);
     void ExplorerVersionVector(const std::string& vector);
     void TempIsAFile();
+    void TaloIsAFile();
+    void ReadOnly(const std::string& path);
+    // Another process holds the file open, sharing nothing, until Clean.
+    void HoldOpen(const std::string& path);
     // InstallComplete, msi, cab, dll: the value, "registered", or "-".
     std::string Mark(const std::string& name) const;
 
 private:
     bool productChanged_ = false;
     std::string oldProduct_;
+    std::vector<HANDLE> holders_;
 };
+
+// An installer address that fails the way `kind` says: "refused" (a port
+// nobody listens on), "unresolved" (a host no name server knows),
+// "untrusted" (the test server with a certificate from an unknown
+// authority); the folder `name` under it.
+std::string FailingInstallerUrl(const std::string& kind, const std::string& name);
 
 // NeedToInstall then NeedToDo of an engine made in this process.
 std::string EngineNeedToDo(const std::string& installerUrl);

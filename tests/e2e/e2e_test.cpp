@@ -9,6 +9,7 @@
 #include <deque>
 #include <fstream>
 #include <map>
+#include <optional>
 #include <set>
 #include <sstream>
 
@@ -19,6 +20,7 @@
 #include "control/bstr_text.h"
 #include "e2e_support.h"
 #include "installer_folder.h"
+#include "plan_agreement.h"
 #include "probe_server.h"
 #include "session_log.h"
 #include "test_packages.h"
@@ -99,7 +101,10 @@ std::string PublishRow(const testserver::InstallerFolder& folder, const std::str
     auto field = [&changes](const char* name, const std::string& fallback) {
         return changes.count(name) ? changes[name] : fallback;
     };
-    const std::string fields[17] = {field("os", "ALL"),  folder.URL(),         kind.file,
+    // A row may name a Source that fails: the file is published all the same.
+    const std::string source =
+        changes.count("source") ? FailingInstallerUrl(changes["source"], folder.Name()) : folder.URL();
+    const std::string fields[17] = {field("os", "ALL"),  source,               kind.file,
                                     "1.0",               "01/01/2005",         crc,
                                     "Test package",      field("product", ""), field("flag", "0"),
                                     kind.installSwitch,  kind.uninstallSwitch, "",
@@ -154,6 +159,14 @@ std::string ListPackages(const std::string& path) {
 
 }  // namespace
 
+// The list files as they stand: the text, or nothing when missing.
+std::optional<std::string> ListFile(const char* path) {
+    if (!winbench::FileExists(path)) return std::nullopt;
+    return winbench::ReadFileBytes(path);
+}
+
+constexpr const char* kListFiles[] = {"C:\\TALO\\SC_Install.scl", "C:\\TALO\\SC_Uninstall.scl"};
+
 // ---- one scenario ------------------------------------------------------------
 
 class Scenario : public ::testing::TestWithParam<ScenarioText> {
@@ -169,27 +182,53 @@ protected:
 
     void SetUp() override {
         machine_.Clean();
-        folder_ = std::make_unique<testserver::InstallerFolder>(GetParam().name);
-        ASSERT_TRUE(folder_->Available()) << "the http fixture did not start";
+        // The page's installer folder, and two for the alternate installer
+        // URLs of a control that takes them from the environment.
+        for (const char* role : {"primary", "alt1", "alt2"}) {
+            const std::string name = GetParam().name + (role == std::string("primary") ? "" : std::string("-") + role);
+            folders_[role] = std::make_unique<testserver::InstallerFolder>(name);
+            ASSERT_TRUE(folders_[role]->Available()) << "the http fixture did not start";
+        }
+        folder_ = folders_["primary"].get();
+        SetEnvironmentVariableA("CORVAN_TEST_ALT_URL_SOURCE_1", folders_["alt1"]->URL().c_str());
+        SetEnvironmentVariableA("CORVAN_TEST_ALT_URL_SOURCE_2", folders_["alt2"]->URL().c_str());
         commandRecord_ = "C:\\corvan-tests\\e2e-" + GetParam().name + "-commands.txt";
         CreateDirectoryA("C:\\corvan-tests", nullptr);
         DeleteFileA(commandRecord_.c_str());
         SetEnvironmentVariableA("CORVAN_COMMAND_RECORD", commandRecord_.c_str());
     }
     void TearDown() override {
+        if (unregistered_) control_tests::Regsvr32(winbench::OutDir() + "\\CorvanInstaller.ocx");
         machine_.Clean();
-        folder_.reset();
+        folders_.clear();
     }
 
+    // The control server the pages load; empty for the registered one.
+    virtual std::string Server() const { return ""; }
+    // Whether scl's plan of each install run is held against the run.
+    virtual bool ChecksThePlan() const { return true; }
+    // The page's installer URL.
+    std::string InstallerUrl() const { return pageUrl_.empty() ? folders_.at("primary")->URL() : pageUrl_; }
+    // {primary}, {alt1}, {alt2}: the URLs of the scenario's installer folders.
+    std::string Expand(std::string text) const;
+
+    void RunLines();
     void Do(const Line& line);
     void Check(const Line& line);
     void RunControl(const std::string& mode, const std::string& expected);
     void Need(const std::string& expected, const std::string& todo);
+    void RunClient(const std::string& arguments, const std::string& expected);
 
     Machine machine_;
-    std::unique_ptr<testserver::InstallerFolder> folder_;
+    std::map<std::string, std::unique_ptr<testserver::InstallerFolder>> folders_;
+    testserver::InstallerFolder* folder_ = nullptr;  // the one setting-up and checking lines mean
+    std::string pageUrl_;
+    DWORD lastRunMs_ = 0;
+    std::map<std::string, std::optional<std::string>> listsBefore_;
     std::string commandRecord_;
     std::string groups_;
+    bool unregistered_ = false;
+    std::string clientOutput_;  // what CorvanClient.exe printed in its last run
     std::deque<std::string> answers_;
     Texts boxes_;
     Texts heard_;       // the page's events of the last run: "1:error", "2:status"
@@ -199,11 +238,19 @@ protected:
 
 void Scenario::RunControl(const std::string& mode, const std::string& expected) {
     const size_t logged = winbench::FileExists("C:\\TALO\\SC_Install.log") ? control_tests::LogMessages().size() : 0;
-    Page page(folder_->URL(), groups_);
+    for (const char* list : kListFiles) listsBefore_[list] = ListFile(list);
+    // Every install run is first planned by scl, the publisher's preview,
+    // on the same lists and machine; the two must agree.
+    const bool plan = mode == "1" && ChecksThePlan();
+    RunSteps planned;
+    if (plan) planned = PlannedSteps(winbench::ReadFileBytes(folder_->Path() + "SC_Install.scl"), groups_, GetParam().name);
+    Page page(InstallerUrl(), groups_, Server());
     ASSERT_TRUE(page.Ready());
     QuestionAnswerer answerer(answers_, boxes_);
     VARIANT argument = control_tests::Long(std::stol(mode));
+    const DWORD start = GetTickCount();
     VARIANT result = Call(page.control.Get(), L"Run", DISPATCH_METHOD, &argument);
+    lastRunMs_ = GetTickCount() - start;
     heard_ = page.sink.heard;
     const std::string got = V_VT(&result) == VT_EMPTY ? "Empty"
                             : V_VT(&result) == VT_BOOL ? (V_BOOL(&result) ? "True" : "False")
@@ -211,11 +258,15 @@ void Scenario::RunControl(const std::string& mode, const std::string& expected) 
     EXPECT_EQ(got, expected) << "Run(" << mode << ")";
     const Texts log = control_tests::LogMessages();
     runLog_.assign(log.begin() + static_cast<ptrdiff_t>(std::min(logged, log.size())), log.end());
+    if (plan) {
+        EXPECT_TRUE(planned == LoggedSteps(runLog_)) << "scl plan disagrees with the run:\n"
+                                                     << planned.text << "the run's log:\n" << Join(runLog_, "\n");
+    }
 }
 
 void Scenario::Need(const std::string& expected, const std::string& todo) {
     {
-        Page page(folder_->URL(), groups_);
+        Page page(InstallerUrl(), groups_, Server());
         ASSERT_TRUE(page.Ready());
         VARIANT need = Call(page.control.Get(), L"NeedToInstall");
         heard_ = page.sink.heard;
@@ -223,12 +274,49 @@ void Scenario::Need(const std::string& expected, const std::string& todo) {
     }
     // NeedToDo is the engine's own, not the control's: asked of an engine
     // in this process, on the same machine.
-    EXPECT_EQ(EngineNeedToDo(folder_->URL()), todo == "-" ? "" : todo) << "NeedToDo";
+    EXPECT_EQ(EngineNeedToDo(InstallerUrl()), todo == "-" ? "" : todo) << "NeedToDo";
+}
+
+std::string Scenario::Expand(std::string text) const {
+    for (const auto& [role, folder] : folders_)
+        for (size_t at; (at = text.find("{" + role + "}")) != std::string::npos;)
+            text.replace(at, role.size() + 2, folder->URL());
+    return text;
+}
+
+// CorvanClient.exe as a help desk or a deployment script runs it: the
+// scenario's installer and groups unless the arguments name their own.
+void Scenario::RunClient(const std::string& arguments, const std::string& expected) {
+    const size_t logged = winbench::FileExists("C:\\TALO\\SC_Install.log") ? control_tests::LogMessages().size() : 0;
+    std::string command = "\"" + winbench::OutDir() + "\\CorvanClient.exe\" " + arguments;
+    if (arguments.find("/url") == std::string::npos) command += " /url " + folder_->URL() + "default.asp";
+    if (!groups_.empty()) command += " /groups \"" + groups_ + "\"";
+    winbench::ChildResult run = winbench::RunAndWait(command);
+    clientOutput_ = run.output;
+    EXPECT_EQ(std::to_string(run.exitCode), expected) << command << "\n" << run.output;
+    const Texts log = winbench::FileExists("C:\\TALO\\SC_Install.log") ? control_tests::LogMessages() : Texts();
+    runLog_.assign(log.begin() + static_cast<ptrdiff_t>(std::min(logged, log.size())), log.end());
 }
 
 void Scenario::Do(const Line& line) {
-    const std::string& text = line.text;
-    if (line.keyword == "publish") {
+    const std::string text = Expand(line.text);
+    if (line.keyword == "at") {
+        ASSERT_TRUE(folders_.count(text)) << text;
+        folder_ = folders_[text].get();
+    } else if (line.keyword == "url") {
+        pageUrl_ = FailingInstallerUrl(text, GetParam().name);
+    } else if (line.keyword == "misbehave") {
+        const size_t blank = text.find(' ');
+        folder_->Misbehave(FileOf(text.substr(0, blank)), text.substr(blank + 1));
+    } else if (line.keyword == "readonly") {
+        machine_.ReadOnly(text);
+    } else if (line.keyword == "hold") {
+        machine_.HoldOpen(text);
+    } else if (line.keyword == "talofile") {
+        machine_.TaloIsAFile();
+    } else if (line.keyword == "notalo") {
+        winbench::RemoveTree("C:\\TALO");
+    } else if (line.keyword == "publish") {
         Texts rows;
         for (const std::string& entry : Split(text, "|")) rows.push_back(PublishRow(*folder_, entry));
         folder_->WriteList(rows);
@@ -256,6 +344,13 @@ void Scenario::Do(const Line& line) {
         const Texts words = Split(text, " ");
         boxes_.clear();
         RunControl(words.at(0), words.at(1));
+    } else if (line.keyword == "client") {
+        const size_t arrow = text.rfind(" => ");
+        ASSERT_NE(arrow, std::string::npos) << "line " << line.number << ": client <arguments> => <exit code>";
+        RunClient(text.substr(0, arrow), text.substr(arrow + 4));
+    } else if (line.keyword == "unregistered") {
+        ASSERT_TRUE(control_tests::Regsvr32(winbench::OutDir() + "\\CorvanInstaller.ocx", true));
+        unregistered_ = true;
     } else if (line.keyword == "need") {
         const Texts words = Split(text, " ");
         Need(words.at(0), words.at(1));
@@ -265,7 +360,7 @@ void Scenario::Do(const Line& line) {
 }
 
 void Scenario::Check(const Line& line) {
-    const std::string& text = line.text;
+    const std::string text = Expand(line.text);
     if (line.keyword == "statuses") {
         Texts statuses;
         for (const std::string& event : heard_)
@@ -295,7 +390,10 @@ void Scenario::Check(const Line& line) {
         for (const std::string& part : Split(text, " ")) {
             const size_t equals = part.find('=');
             const std::string which = part.substr(0, equals), wanted = part.substr(equals + 1);
-            if (which == "local" && wanted == "server")
+            const char* path = kListFiles[which == "local" ? 0 : 1];
+            if (wanted == "old")
+                EXPECT_EQ(ListFile(path), listsBefore_[path]) << which << " changed";
+            else if (which == "local" && wanted == "server")
                 EXPECT_EQ(WithoutPadding(winbench::ReadFileBytes("C:\\TALO\\SC_Install.scl")),
                           winbench::ReadFileBytes(folder_->Path() + "SC_Install.scl"));
             else
@@ -324,6 +422,17 @@ void Scenario::Check(const Line& line) {
             EXPECT_EQ(std::to_string(folder_->Requests(FileOf(part.substr(0, equals)))), part.substr(equals + 1))
                 << part;
         }
+    } else if (line.keyword == "output") {
+        size_t at = 0;
+        for (const std::string& wanted : Split(text, " | ")) {
+            at = clientOutput_.find(wanted, at);
+            ASSERT_NE(at, std::string::npos) << "not printed in this order: " << wanted << "\n" << clientOutput_;
+        }
+    } else if (line.keyword == "within") {
+        EXPECT_LT(lastRunMs_, std::stoul(text) * 1000) << "the run took " << lastRunMs_ << " ms";
+    } else if (line.keyword == "answers") {
+        const size_t blank = text.find(' ');
+        EXPECT_EQ(Join(folder_->Answers(FileOf(text.substr(0, blank))), " | "), text.substr(blank + 1));
     } else if (line.keyword == "boxes") {
         EXPECT_EQ(Join(boxes_, ", "), text);
     } else {
@@ -331,15 +440,37 @@ void Scenario::Check(const Line& line) {
     }
 }
 
-TEST_P(Scenario, Runs) {
+void Scenario::RunLines() {
     for (const Line& line : GetParam().lines) {
-        SCOPED_TRACE("scenarios.txt line " + std::to_string(line.number) + ": " + line.keyword + " " + line.text);
+        SCOPED_TRACE("line " + std::to_string(line.number) + ": " + line.keyword + " " + line.text);
         Do(line);
         if (HasFatalFailure()) return;
     }
 }
 
+TEST_P(Scenario, Runs) { RunLines(); }
+
 INSTANTIATE_TEST_SUITE_P(Table, Scenario, ::testing::ValuesIn(LoadScenarios()),
+                         [](const auto& info) { return info.param.name; });
+
+// The fault matrix: the same harness, with the control built for it
+// (CorvanInstallerFaults.ocx, beside this program).
+class Fault : public Scenario {
+protected:
+    std::string Server() const override {
+        char self[MAX_PATH] = {};
+        GetModuleFileNameA(nullptr, self, MAX_PATH);
+        const std::string path = self;
+        return path.substr(0, path.find_last_of('\\') + 1) + "CorvanInstallerFaults.ocx";
+    }
+    // A run the server or the PC cuts short does not follow a plan made
+    // from the lists; the plan's agreement is the normal runs' to show.
+    bool ChecksThePlan() const override { return false; }
+};
+
+TEST_P(Fault, Runs) { RunLines(); }
+
+INSTANTIATE_TEST_SUITE_P(Matrix, Fault, ::testing::ValuesIn(LoadScenarios("faults.txt")),
                          [](const auto& info) { return info.param.name; });
 
 }  // namespace e2e

@@ -7,7 +7,8 @@ kept corpus tests/fuzz/<target>/. Prints the runs and the time of each
 target; a crash, a sanitizer report or a broken rule stops that target, its
 input is left in <build>/artifacts/<target>/ and the run fails. With
 --save-corpus the kept corpus is replaced by the minimal set (-merge=1) of
-kept and new inputs that reaches the same code.
+kept and new inputs that reaches the same code, plus the inputs that once
+found a fault (crash-*), which always stay.
 """
 import argparse
 import os
@@ -76,6 +77,10 @@ def save_corpus(root, build, target):
     if code != 0 or not os.listdir(merged):
         print("  merge of %s failed, kept corpus left as it was; see %s" % (target, log))
         return False
+    # Inputs that once found a fault stay, whatever coverage they add.
+    for name in os.listdir(kept):
+        if name.startswith("crash-"):
+            shutil.copy(os.path.join(kept, name), merged)
     shutil.rmtree(kept)
     shutil.copytree(merged, kept)
     print("  %s: kept corpus now %d inputs" % (target, len(os.listdir(kept))))

@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "common/clock.h"
 #include "common/failure.h"
 #include "common/keyed_collection.h"
 #include "common/text.h"
@@ -49,16 +48,4 @@ TEST(Text, TrimRemovesBlanksOnly) {
     EXPECT_EQ(Trim("   "), "");
     EXPECT_EQ(LTrim("  a "), "a ");
     EXPECT_EQ(RTrim("  a "), "  a");
-    EXPECT_STREQ(BooleanText(true), "True");
-    EXPECT_STREQ(BooleanText(false), "False");
-}
-
-TEST(Clock, FormatsPadEveryField) {
-    LocalTime t{2026, 3, 7, 4, 5, 9};
-    EXPECT_EQ(FormatDate(t), "03/07/2026");
-    EXPECT_EQ(FormatTime(t), "04:05:09");
-    EXPECT_EQ(FormatTraceStamp(t), "20260307 040509");
-    LocalTime late{1999, 12, 31, 23, 59, 58};
-    EXPECT_EQ(FormatTime(late), "23:59:58");
-    EXPECT_EQ(FormatTraceStamp(late), "19991231 235958");
 }

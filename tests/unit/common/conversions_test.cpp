@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <initializer_list>
+#include <utility>
 
 #include "common/conversions.h"
 #include "common/failure.h"
@@ -10,51 +12,53 @@ using namespace corvan;
 using testing_support::Raised;
 
 namespace {
-template <typename Call>
-int32_t FailureNumber(Call&& call) {
-    return Raised(call).Number();
+
+constexpr int32_t kOverflow = error::kOverflow, kMismatch = error::kTypeMismatch;
+
+// One reader against its table: the value each text gives, and the runtime
+// error number each of the others raises.
+template <typename Read>
+void ExpectReads(Read read, std::initializer_list<std::pair<const char*, double>> values,
+                 std::initializer_list<std::pair<const char*, int32_t>> errors) {
+    for (const auto& [text, value] : values) EXPECT_EQ(static_cast<double>(read(text)), value) << '"' << text << '"';
+    for (const auto& [text, number] : errors) EXPECT_EQ(Raised([&] { read(text); }).Number(), number) << '"' << text << '"';
 }
+
 }  // namespace
 
-TEST(LenientNumber, ReadsTheLeadingNumberAndStopsWhereItCannotContinue) {
-    EXPECT_EQ(LenientNumber("12abc"), 12);
-    EXPECT_EQ(LenientNumber("   42"), 42);
-    EXPECT_EQ(LenientNumber("-3.25xyz"), -3.25);
-    EXPECT_EQ(LenientNumber("1.2.3"), 1.2);
-    EXPECT_EQ(LenientNumber("1e3"), 1000);
-    EXPECT_EQ(LenientNumber("1D2"), 100);
-    EXPECT_EQ(LenientNumber("12e"), 12);
-    EXPECT_EQ(LenientNumber(".5"), 0.5);
-    EXPECT_EQ(LenientNumber("+7"), 7);
-    // Blanks, tabs and line feeds are dropped wherever they stand.
-    EXPECT_EQ(LenientNumber("1 2\t3"), 123);
+// The longest leading number, blanks dropped wherever they stand; no number
+// is 0; &H and &O patterns of 16 and 32 bits read as signed values.
+TEST(Conversions, LenientReadsTheLeadingNumber) {
+    ExpectReads([](const char* t) { return LenientNumber(t); },
+                {{"12abc", 12}, {"   42", 42}, {"-3.25xyz", -3.25}, {"1.2.3", 1.2}, {"1e3", 1000}, {"1D2", 100},
+                 {"12e", 12}, {".5", 0.5}, {"+7", 7}, {"1 2\t3", 123}, {"1e-400", 0},
+                 {"", 0}, {"abc", 0}, {"-", 0}, {".", 0}, {"&", 0}, {"&H", 0}, {"&Q12", 0},
+                 {"&H10", 16}, {"&h1fz", 31}, {"&O17", 15}, {"&O19", 1}, {"&HFFFF", -1}, {"&H7FFF", 32767},
+                 {"&H10000", 65536}, {"&HFFFFFFFF", -1}},
+                {{"&H100000000", kOverflow}, {"1e400", kOverflow}});
+    // Rounded into 32 bits, halves to even.
+    ExpectReads([](const char* t) { return LenientLong(t); },
+                {{"2.5", 2}, {"3.5", 4}, {"-2.5", -2}, {"2.51", 3}, {"2147483647", 2147483647},
+                 {"-2147483648", INT32_MIN}},
+                {{"2147483647.5", kOverflow}, {"99999999999", kOverflow}});
 }
 
-TEST(LenientNumber, NothingNumericGivesZero) {
-    EXPECT_EQ(LenientNumber(""), 0);
-    EXPECT_EQ(LenientNumber("   "), 0);
-    EXPECT_EQ(LenientNumber("abc"), 0);
-    EXPECT_EQ(LenientNumber("-"), 0);
-    EXPECT_EQ(LenientNumber("."), 0);
-    EXPECT_EQ(LenientNumber("&"), 0);
-    EXPECT_EQ(LenientNumber("&H"), 0);
-    EXPECT_EQ(LenientNumber("&Q12"), 0);
-}
-
-TEST(LenientNumber, RadixPrefixesReadAsSignedPatterns) {
-    EXPECT_EQ(LenientNumber("&H10"), 16);
-    EXPECT_EQ(LenientNumber("&h1fz"), 31);
-    EXPECT_EQ(LenientNumber("&O17"), 15);
-    EXPECT_EQ(LenientNumber("&O19"), 1);
-    EXPECT_EQ(LenientNumber("&HFFFF"), -1);
-    EXPECT_EQ(LenientNumber("&H7FFF"), 32767);
-    EXPECT_EQ(LenientNumber("&H10000"), 65536);
-    EXPECT_EQ(LenientNumber("&HFFFFFFFF"), -1);
-    EXPECT_EQ(FailureNumber([] { LenientNumber("&H100000000"); }), error::kOverflow);
-    EXPECT_EQ(FailureNumber([] { LenientNumber("1e400"); }), error::kOverflow);
-    EXPECT_EQ(LenientNumber("1e-400"), 0);
-    EXPECT_EQ(FailureNumber([] { StrictDouble("123456e305"); }), error::kOverflow);
-    EXPECT_EQ(StrictDouble("0.00001e-320"), 0);
+// Surrounding blanks, a sign, a fraction rounded halves to even, an exponent,
+// or a radix pattern in the target's width; anything else is a mismatch.
+TEST(Conversions, StrictReadersRefuseWhatIsNotANumberOrDoesNotFit) {
+    ExpectReads([](const char* t) { return StrictInteger(t); },
+                {{"  12 ", 12}, {"-1", -1}, {"2.5", 2}, {" 3.5", 4}, {"-32768", -32768}, {"&H10", 16},
+                 {"&HFFFF", -1}, {"1e2", 100}},
+                {{"", kMismatch}, {"   ", kMismatch}, {"abc", kMismatch}, {"12abc", kMismatch}, {"1 2", kMismatch},
+                 {"0x10", kMismatch}, {"-", kMismatch}, {".", kMismatch}, {"1e", kMismatch}, {"&H", kMismatch},
+                 {"&HZ", kMismatch}, {"&Q1", kMismatch},
+                 {"32768", kOverflow}, {"-32768.6", kOverflow}, {"&H10000", kOverflow}});
+    ExpectReads([](const char* t) { return StrictLong(t); }, {{"&HFFFF", 65535}, {"&HFFFFFFFF", -1}},
+                {{"2147483648", kOverflow}});
+    ExpectReads([](const char* t) { return StrictDouble(t); }, {{"0.00001e-320", 0}}, {{"123456e305", kOverflow}});
+    ExpectReads([](const char* t) { return StrictBoolean(t); },
+                {{"TRUE", 1}, {"fAlSe", 0}, {"1", 1}, {"-1", 1}, {" 0.5 ", 1}, {"0", 0}},
+                {{"yes", kMismatch}, {"", kMismatch}, {"Tru", kMismatch}, {"T", kMismatch}, {"1x", kMismatch}});
 }
 
 // A host that sets a locale with a decimal comma reads numbers as before.
@@ -75,56 +79,7 @@ TEST(Conversions, TheHostsLocaleDoesNotChangeThePoint) {
     EXPECT_EQ(rounded, 2) << used;
 }
 
-TEST(LenientLong, RoundsHalvesToEvenInto32Bits) {
-    EXPECT_EQ(LenientLong("2.5"), 2);
-    EXPECT_EQ(LenientLong("3.5"), 4);
-    EXPECT_EQ(LenientLong("-2.5"), -2);
-    EXPECT_EQ(LenientLong("2.51"), 3);
-    EXPECT_EQ(LenientLong("2147483647"), 2147483647);
-    EXPECT_EQ(LenientLong("-2147483648"), INT32_MIN);
-    EXPECT_EQ(FailureNumber([] { LenientLong("2147483647.5"); }), error::kOverflow);
-    EXPECT_EQ(FailureNumber([] { LenientLong("99999999999"); }), error::kOverflow);
-}
-
-TEST(StrictInteger, AcceptsNumbersWithBlanksAndRoundsHalvesToEven) {
-    EXPECT_EQ(StrictInteger("  12 "), 12);
-    EXPECT_EQ(StrictInteger("-1"), -1);
-    EXPECT_EQ(StrictInteger("2.5"), 2);
-    EXPECT_EQ(StrictInteger(" 3.5"), 4);
-    EXPECT_EQ(StrictInteger("-32768"), -32768);
-    EXPECT_EQ(StrictInteger("&H10"), 16);
-    EXPECT_EQ(StrictInteger("&HFFFF"), -1);
-    EXPECT_EQ(StrictInteger("1e2"), 100);
-}
-
-TEST(StrictInteger, RefusesWhatIsNotANumberOrDoesNotFit) {
-    for (const char* bad : {"", "   ", "abc", "12abc", "1 2", "0x10", "-", ".", "1e", "&H", "&HZ", "&Q1"}) {
-        EXPECT_EQ(FailureNumber([&] { StrictInteger(bad); }), error::kTypeMismatch) << bad;
-    }
-    EXPECT_EQ(FailureNumber([] { StrictInteger("32768"); }), error::kOverflow);
-    EXPECT_EQ(FailureNumber([] { StrictInteger("-32768.6"); }), error::kOverflow);
-    EXPECT_EQ(FailureNumber([] { StrictInteger("&H10000"); }), error::kOverflow);
-    EXPECT_EQ(StrictLong("&HFFFF"), 65535);
-    EXPECT_EQ(StrictLong("&HFFFFFFFF"), -1);
-    EXPECT_EQ(FailureNumber([] { StrictLong("2147483648"); }), error::kOverflow);
-}
-
-TEST(StrictBoolean, WordsInAnyCaseOrNumbers) {
-    EXPECT_TRUE(StrictBoolean("True"));
-    EXPECT_TRUE(StrictBoolean("TRUE"));
-    EXPECT_TRUE(StrictBoolean("true"));
-    EXPECT_FALSE(StrictBoolean("False"));
-    EXPECT_FALSE(StrictBoolean("fAlSe"));
-    EXPECT_TRUE(StrictBoolean("1"));
-    EXPECT_TRUE(StrictBoolean("-1"));
-    EXPECT_TRUE(StrictBoolean(" 0.5 "));
-    EXPECT_FALSE(StrictBoolean("0"));
-    for (const char* bad : {"yes", "", "Tru", "T", "1x"}) {
-        EXPECT_EQ(FailureNumber([&] { StrictBoolean(bad); }), error::kTypeMismatch) << bad;
-    }
-}
-
-TEST(IsNumericText, DecimalWithSignPointAndBlanksOrHexadecimal) {
+TEST(Conversions, IsNumericTextTakesDecimalOrRadixNumbers) {
     for (const char* good : {"0", " 1", "-12", "+3.5", " 2.  ", ".5", "&H10", "&hff", "1E3"}) {
         EXPECT_TRUE(IsNumericText(good)) << good;
     }

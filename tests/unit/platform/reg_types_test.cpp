@@ -55,25 +55,6 @@ TEST(RegistryTypes, AGivenTypeThatDoesNotFitTheValue) {
     EXPECT_EQ(none.status, 0);
     EXPECT_FALSE(none.write);
     EXPECT_EQ(testing_support::Raised([] { PlanRegWriteAs(kRegBinary, RegVariant::String("abc")); }).Number(), 26001);
-    const Failure empty = testing_support::Raised([] { PlanRegWrite(RegVariant::Bytes({})); });
-    EXPECT_EQ(empty.Number(), 9);
-    EXPECT_EQ(empty.Description(), "Subscript out of range");
-}
-
-TEST(RegistryTypes, SwapEndianReversesTheFourBytes) {
-    EXPECT_EQ(SwapEndian(0x01020304), 0x04030201);
-    EXPECT_EQ(SwapEndian(0x000000FF), static_cast<int32_t>(0xFF000000u));
-}
-
-TEST(RegistryTypes, ContextExtendsTheSourceAndKeepsNumberAndDescription) {
-    const Failure inner(9, "CorvanInstaller", "Subscript out of range");
-    const Failure outer = WithContext(inner, " - clsRegistry.OpenRegKey(",
-                                      {std::to_string(static_cast<int32_t>(0x80000002u)), "Software\\Talo"}, ")");
-    EXPECT_EQ(outer.Number(), 9);
-    EXPECT_EQ(outer.Description(), "Subscript out of range");
-    EXPECT_EQ(outer.Source(), "CorvanInstaller - clsRegistry.OpenRegKey(-2147483646,Software\\Talo)");
-    EXPECT_EQ(WithContext(outer, " - clsRegistry.SwapEndian(", {"5"}).Source(),
-              outer.Source() + " - clsRegistry.SwapEndian(5");
 }
 
 TEST(RegistryTypes, DisplayTextOfEachKind) {

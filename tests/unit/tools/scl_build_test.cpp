@@ -1,7 +1,7 @@
 #include <filesystem>
 
 #include "files/cCRC32.h"
-#include "files/list_rows.h"
+#include "engine/packing_list_comparison.h"
 #include "items/ItemRecord.h"
 #include "scl_harness.h"
 #include "tools/scl/pe_version.h"
@@ -75,15 +75,20 @@ TEST(SclBuild, WritesRowsTheClientReadsBackAsTheManifestSays) {
                   "Windows XP,https://extranet.corvan-connect.example/installer/packages/,Viewer.dll,1.2.3.4,03/01/2024," +
                   dllCrc + ",,,1,,,,C:\\TALO\\Bin\\,,1,0,Viewer.dll\r\n");
 
-    // Read as the client reads it: every row whole, and written back the same.
-    const std::vector<size_t> rows = corvan::IndexListRows(text);
-    ASSERT_EQ(rows.size() - 1, 2u);
-    for (int32_t i = 1; i <= 2; ++i) {
-        corvan::ItemRecord item;
-        const std::string row(corvan::ListRow(text, rows, i));
-        item.UniformString(row);
-        EXPECT_EQ(item.UniformString(), row);
+    // Loaded by the engine as a PC loads it: both rows become items, each
+    // under its key, and each writes back the row it came from (but for the
+    // empty LocalSource, which the loader fills).
+    corvan::PackingListComparison engine("Windows XP", "C:\\WINDOWS\\");
+    EXPECT_TRUE(engine.LoadFileIntoCollection(corvan::TextRows(text), true));
+    EXPECT_TRUE(corvan::IsWholeList(corvan::TextRows(text)));
+    std::string rows;
+    for (auto& [key, item] : engine.colItems()) {
+        EXPECT_EQ(item.LocalSource(), "C:\\WINDOWS\\Talo");
+        item.LocalSource("");
+        rows += key + ": " + item.UniformString() + "\r\n";
     }
+    EXPECT_EQ(rows, "C:\\TALO\\CorvanClient.msi: " + text.substr(0, text.find('\n') + 1) +
+                        "C:\\TALO\\Bin\\Viewer.dll: " + text.substr(text.find('\n') + 1));
     EXPECT_EQ(Scl({"lint", list, "--files", packages.Folder(), "--os", "Windows XP"}).code, 0);
 
     // Without -o the list goes to standard output, byte for byte.

@@ -145,17 +145,19 @@ TEST(FolderIO, OpensAndAnswersQuestions) {
     EXPECT_EQ(folder.ParentPath(), "");
 }
 
-// Every box carries the title "Delete...", whatever it asks; No does nothing.
-TEST(FolderIO, ConfirmationBoxesAndNo) {
+// Every box carries the title "Delete...", whatever it asks; No does
+// nothing. Move without a box is a type mismatch (13) that moves nothing.
+TEST(FolderIO, ConfirmationBoxesAndMoveWithoutOne) {
     winbench::ScratchFolder scratch("folders-confirm");
-    const std::string tree = MakeTree(scratch.Path());
+    const std::string tree = MakeTree(scratch.Path()), moved = scratch.Path() + "moved";
     ScriptedDesktop desktop;
     clsFolderIO folder(desktop);
     ASSERT_TRUE(folder.OpenFolder(tree));
     for (int i = 0; i < 3; ++i) desktop.Answer(corvan::msgbox::vbNo);
     EXPECT_EQ(folder.Delete(true, true), 0);
-    EXPECT_EQ(folder.Move(scratch.Path() + "moved", true), 0);
+    EXPECT_EQ(folder.Move(moved, true), 0);
     EXPECT_EQ(folder.Copy(scratch.Path() + "copied", true, true), 0);
+    EXPECT_EQ(folder.Move(moved, false), 13);
     ASSERT_EQ(desktop.boxes.size(), 3u);
     const char* verbs[] = {"delete", "move", "copy"};
     for (int i = 0; i < 3; ++i) {
@@ -163,27 +165,15 @@ TEST(FolderIO, ConfirmationBoxesAndNo) {
         EXPECT_EQ(desktop.boxes[i].title, "Delete...");
         EXPECT_EQ(desktop.boxes[i].style, 292);
     }
-    EXPECT_TRUE(FolderExists(tree));
-    EXPECT_FALSE(FolderExists(scratch.Path() + "moved"));
-    EXPECT_FALSE(FolderExists(scratch.Path() + "copied"));
-}
-
-TEST(FolderIO, MoveWithoutConfirmationIsATypeMismatch) {
-    winbench::ScratchFolder scratch("folders-move");
-    const std::string tree = MakeTree(scratch.Path());
-    ScriptedDesktop desktop;
-    clsFolderIO folder(desktop);
-    ASSERT_TRUE(folder.OpenFolder(tree));
-    EXPECT_EQ(folder.Move(scratch.Path() + "moved", false), 13);
-    EXPECT_TRUE(desktop.boxes.empty());
     EXPECT_TRUE(FileExists(tree + "\\sub\\c.txt"));
-    EXPECT_FALSE(FolderExists(scratch.Path() + "moved"));
+    EXPECT_FALSE(FolderExists(moved));
+    EXPECT_FALSE(FolderExists(scratch.Path() + "copied"));
 
     desktop.Answer(corvan::msgbox::vbYes);
-    EXPECT_EQ(folder.Move(scratch.Path() + "moved", true), 0);
-    EXPECT_TRUE(FileExists(scratch.Path() + "moved\\sub\\c.txt"));
+    EXPECT_EQ(folder.Move(moved, true), 0);
+    EXPECT_TRUE(FileExists(moved + "\\sub\\c.txt"));
     EXPECT_FALSE(FolderExists(tree));
-    EXPECT_EQ(folder.path(), scratch.Path() + "moved");
+    EXPECT_EQ(folder.path(), moved);
 }
 
 TEST(FolderIO, CopyAndDeleteReportErrorNumbers) {

@@ -15,7 +15,9 @@ namespace {
 const std::string kHeader =
     "There was an error while loading the Acrobat Internet Control.\r\n"
     "Please reinstall acrobat, or upgrade to the latest version.\r\n\r\n";
-const std::string kReaderClsid = "{DE63131E-5ECC-478B-B285-AAC173613E86}";
+// A real automation class of the system (the scripting runtime's dictionary)
+// stands in for a reader control under the reader's names.
+const std::string kReaderClsid = "{EE09B103-97E0-11CF-978F-00A02463E06F}";
 const std::string kBrokenClsid = "{90515AB4-2445-43C2-8817-6299BFA85BED}";
 const std::string kFirstRelease = "{7EE17AF3-3434-11D5-AC76-00010262094C}";
 const std::string kSecondRelease = "{B8F23408-5FCD-4C75-A7BB-4FB1A2AED802}";
@@ -45,8 +47,7 @@ class Detection : public ::testing::Test {
 protected:
     void SetUp() override { CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED); }
     void TearDown() override {
-        const std::string keys[] = {"PDF.PdfCtrl.6", "PDF.PdfCtrl.5", "acroPDF.PDF", "CLSID\\" + kReaderClsid,
-                                    "CLSID\\" + kBrokenClsid};
+        const std::string keys[] = {"PDF.PdfCtrl.6", "PDF.PdfCtrl.5", "acroPDF.PDF", "CLSID\\" + kBrokenClsid};
         for (const std::string& key : keys) RegDeleteTreeA(HKEY_CLASSES_ROOT, key.c_str());
         CoUninitialize();
     }
@@ -58,9 +59,6 @@ TEST_F(Detection, ReaderControlsAreTriedNewestFirst) {
     EXPECT_EQ(GetAcrobatProgID(), kHeader + Entry("Looking for v7+") + Entry("Looking for v5") + Entry("Looking for v6"));
     EXPECT_FALSE(AcrobatIsInstalled());
 
-    // Our stand-in control under the version 6 name.
-    SetClassesValue("CLSID\\" + kReaderClsid + "\\InprocServer32", TestFolder() + "test_reader_control.dll");
-    SetClassesValue("CLSID\\" + kReaderClsid + "\\InprocServer32", "Apartment", "ThreadingModel");
     SetClassesValue("PDF.PdfCtrl.6\\CLSID", kReaderClsid);
     EXPECT_EQ(GetAcrobatProgID(), "PDF.PdfCtrl.6");
     EXPECT_EQ(AcrobatErrorText(), kHeader + Entry("Looking for v7+") + Entry("Looking for v5"));

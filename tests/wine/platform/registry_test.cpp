@@ -39,8 +39,9 @@ protected:
 
 }  // namespace
 
-// Type 0: the value has no registry form; SetRegValue answers false and
-// writes nothing.
+// One value of each registry type reaches the registry as planned (the rules
+// that choose the type are tested natively); type 0, no registry form,
+// answers false and writes nothing.
 TEST_F(RegistryTest, SetRegValueChoosesTheTypeFromTheValue) {
     const struct {
         const char* name;
@@ -50,14 +51,9 @@ TEST_F(RegistryTest, SetRegValueChoosesTheTypeFromTheValue) {
     } cases[] = {
         {"Zero", RegVariant::String("0"), REG_SZ, std::string("0\0", 2)},
         {"Expand", RegVariant::String("%TEMP%\\x"), REG_EXPAND_SZ, std::string("%TEMP%\\x\0", 9)},
-        {"Percent", RegVariant::String("50%"), REG_SZ, std::string("50%\0", 4)},
-        {"Adjacent", RegVariant::String("%%"), REG_SZ, std::string("%%\0", 3)},
-        {"Small", RegVariant::Integer(-1), REG_DWORD, std::string("\xFF\xFF\xFF\xFF", 4)},
         {"Long", RegVariant::Long(0x01020304), REG_DWORD, std::string("\x04\x03\x02\x01", 4)},
         {"Bin", RegVariant::Bytes({0, 7, 255}), REG_BINARY, std::string("\x00\x07\xFF", 3)},
         {"Flag", RegVariant::Boolean(true), 0, ""},
-        {"Ratio", RegVariant::Double(0.5), 0, ""},
-        {"Nothing", RegVariant(), 0, ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);

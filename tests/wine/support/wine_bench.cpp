@@ -22,20 +22,8 @@ bool ReadString(HKEY root, const char* key, const char* name, std::string& value
 }
 
 void WriteString(HKEY root, const char* key, const char* name, const std::string& value) {
-    HKEY handle;
-    if (RegCreateKeyExA(root, key, 0, nullptr, 0, KEY_SET_VALUE, nullptr, &handle, nullptr) != ERROR_SUCCESS)
-        throw std::runtime_error(std::string("cannot open ") + key);
-    RegSetValueExA(handle, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
-                   static_cast<DWORD>(value.size() + 1));
-    RegCloseKey(handle);
-}
-
-void DeleteValue(HKEY root, const char* key, const char* name) {
-    HKEY handle;
-    if (RegOpenKeyExA(root, key, 0, KEY_SET_VALUE, &handle) == ERROR_SUCCESS) {
-        RegDeleteValueA(handle, name);
-        RegCloseKey(handle);
-    }
+    if (RegSetKeyValueA(root, key, name, REG_SZ, value.c_str(), static_cast<DWORD>(value.size() + 1)) != ERROR_SUCCESS)
+        throw std::runtime_error(std::string("cannot write ") + key);
 }
 
 }  // namespace
@@ -99,9 +87,9 @@ ScopedWindowsVersion::ScopedWindowsVersion(const std::string& wineVersion, const
 
 ScopedWindowsVersion::~ScopedWindowsVersion() {
     if (hadVersion_) WriteString(HKEY_CURRENT_USER, kVersionKey, "Version", oldVersion_);
-    else DeleteValue(HKEY_CURRENT_USER, kVersionKey, "Version");
+    else RegDeleteKeyValueA(HKEY_CURRENT_USER, kVersionKey, "Version");
     if (hadProduct_) WriteString(HKEY_LOCAL_MACHINE, kProductKey, "ProductName", oldProduct_);
-    else DeleteValue(HKEY_LOCAL_MACHINE, kProductKey, "ProductName");
+    else RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kProductKey, "ProductName");
 }
 
 ChildResult RunAndWait(const std::string& commandLine, DWORD timeoutMs) {
