@@ -51,6 +51,17 @@ def check_imports(root):
         print("%-50s %s" % (name, "ok: " + " ".join(dlls) if not foreign else "FAILED: " + " ".join(foreign)))
 
 
+def check_xp_floor(root):
+    """Windows XP SP3 exports every function the shipped binaries import; the check proves itself first."""
+    proc = subprocess.run([sys.executable, os.path.join(root, "tools", "check_xp_imports.py"), "--self-test",
+                           os.path.join(root, "out")], capture_output=True, text=True)
+    for line in proc.stdout.splitlines():
+        print(line)
+        record(line.partition(" ")[2], line.startswith("ok "))
+    if proc.returncode != 0 and "FAILED" not in proc.stdout:
+        record("XP import check", False, proc.stderr[-2000:])
+
+
 SUMMARY = re.compile(r"^\[  (PASSED|FAILED)  \] (\d+) tests?", re.M)
 FAILED_CASE = re.compile(r"^\[  FAILED  \] (\S+\.\S+)", re.M)
 
@@ -158,6 +169,7 @@ def main():
 
     print("== imports")
     check_imports(root)
+    check_xp_floor(root)
 
     print("== native tests")
     env = dict(os.environ)

@@ -15,8 +15,10 @@ void WindowsDesktop::SetMousePointer(int pointer) { SetScreenPointer(pointer); }
 void WindowsDesktop::DoEvents() {
     // Messages that arrive between two pumps wait at most one interval, which
     // the page cannot tell from a pump after every block.
-    unsigned long long now = GetTickCount64();
-    if (lastPump_ != 0 && now - lastPump_ < kPumpIntervalMs) return;
+    // GetTickCount (Windows XP has no 64-bit count): the unsigned difference
+    // stays right across the count's wrap after 49.7 days.
+    const DWORD now = GetTickCount();
+    if (pumped_ && now - lastPump_ < kPumpIntervalMs) return;
     MSG message;
     while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
         if (message.message == WM_QUIT) {
@@ -29,7 +31,8 @@ void WindowsDesktop::DoEvents() {
     }
     // A window of the page may have put its own pointer up meanwhile.
     ShowScreenPointer();
-    lastPump_ = GetTickCount64();
+    pumped_ = true;
+    lastPump_ = GetTickCount();
 }
 
 bool WindowsDesktop::ExitSession(unsigned flags, unsigned reason) {

@@ -15,8 +15,9 @@ public:
 private:
     // A download or a checksum asks after every block, tens of thousands of
     // times a second; the page needs its messages far less often than that.
-    static constexpr unsigned long long kPumpIntervalMs = 10;
-    unsigned long long lastPump_ = 0;  // 0: never pumped yet
+    static constexpr unsigned long kPumpIntervalMs = 10;
+    bool pumped_ = false;
+    unsigned long lastPump_ = 0;  // GetTickCount of the last pump
 };
 
 }  // namespace corvan

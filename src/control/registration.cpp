@@ -123,8 +123,25 @@ HRESULT RegisterClass(const PublicClass& entry, const std::string& modulePath, c
     return entry.isControl ? SetSafetyCategories(*entry.clsid, true) : S_OK;
 }
 
+// Deletes a key with everything below it (RegDeleteTree is not on Windows XP).
+// A subkey that cannot be deleted is stepped over and keeps its parent.
+bool DeleteKeyTree(HKEY parent, const std::string& name) {
+    HKEY key = nullptr;
+    if (RegOpenKeyExA(parent, name.c_str(), 0, KEY_ENUMERATE_SUB_KEYS | KEY_QUERY_VALUE, &key) != ERROR_SUCCESS)
+        return false;
+    DWORD index = 0;
+    for (;;) {
+        char child[256];  // a key name has at most 255 characters
+        DWORD size = sizeof child;
+        if (RegEnumKeyExA(key, index, child, &size, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS) break;
+        if (!DeleteKeyTree(key, child)) ++index;
+    }
+    RegCloseKey(key);
+    return RegDeleteKeyA(parent, name.c_str()) == ERROR_SUCCESS;
+}
+
 void DeleteProgIdIfOurs(const std::string& progId, const std::string& clsid) {
-    if (ReadDefault(progId + "\\CLSID") == clsid) RegDeleteTreeA(HKEY_CLASSES_ROOT, progId.c_str());
+    if (ReadDefault(progId + "\\CLSID") == clsid) DeleteKeyTree(HKEY_CLASSES_ROOT, progId);
 }
 
 }  // namespace
@@ -151,7 +168,7 @@ HRESULT UnregisterServer() {
         if (entry->isControl) SetSafetyCategories(*entry->clsid, false);
         DeleteProgIdIfOurs(entry->versionIndependentProgId, clsid);
         DeleteProgIdIfOurs(entry->progId, clsid);
-        RegDeleteTreeA(HKEY_CLASSES_ROOT, (std::string("CLSID\\") + clsid).c_str());
+        DeleteKeyTree(HKEY_CLASSES_ROOT, std::string("CLSID\\") + clsid);
     }
     TLIBATTR* attributes = nullptr;
     ITypeLib* library = OwnTypeLibrary();

@@ -64,12 +64,6 @@ void LogTransfer(const std::string& message) {
     }
 }
 
-// Why one attempt failed, and whether another may fare better.
-struct AttemptFailure {
-    bool transient = false;
-    std::string reason;
-};
-
 class FileBody : public clsFTP::Body {
 public:
     explicit FileBody(const std::string& destination) : destination_(destination) {}
@@ -147,75 +141,82 @@ void clsFTP::LetMessagesRun() {
     if (desktop_) desktop_->DoEvents();
 }
 
+// One attempt at URL: true when the body came whole. Otherwise `failure`
+// says why, and whether another attempt may fare better; a body that cannot
+// be written is final.
+bool clsFTP::Attempt(const std::string& URL, Body& body, Fetched& fetched, AttemptFailure& failure) {
+    const bool resuming = fetched.resumable && fetched.held > 0;
+    DownloadAttempt request(session_.Get(), URL, resuming ? RangeRequestHeaders(fetched.held, fetched.validator) : "",
+                            policy_, desktop_);
+    HINTERNET answer = request.WaitForAnswer();
+    if (!answer) {
+        failure = {IsTransientError(request.Error()), ReasonText(request.Error())};
+        return false;
+    }
+    const DWORD status = StatusOf(answer);
+    if (status >= 400) {
+        // WinINet hands over an error page like any other body; a file the
+        // server does not have must not become a file on the PC.
+        failure = {IsTransientStatus(status), "the server answered " + std::to_string(status)};
+        return false;
+    }
+    const auto start = ContentRangeStart(Header(answer, HTTP_QUERY_CONTENT_RANGE));
+    const bool continues = resuming && status == 206 && start && *start == fetched.held;
+    if (resuming && status == 206 && !continues) {
+        fetched.resumable = false;  // ask for the whole body next time
+        failure = {true, "the server sent another part of the file"};
+        return false;
+    }
+    auto unwritable = [&] {
+        failure = {false, "the file could not be written"};
+        return false;
+    };
+    char block[kBlock] = {};
+    DWORD last = 1;  // a part goes on with what is held
+    if (!continues) {
+        // A whole body: the first answer, or a server that sends it all again.
+        if ((fetched.held > 0 || fetched.total > 0) && !body.Restart()) return unwritable();
+        fetched = {};
+        currentFileSize_ = AnnouncedLength(answer);
+        fetched.validator = Header(answer, HTTP_QUERY_ETAG);
+        if (fetched.validator.empty()) fetched.validator = Header(answer, HTTP_QUERY_LAST_MODIFIED);
+        fetched.resumable = status == 200 && Header(answer, HTTP_QUERY_ACCEPT_RANGES) != "none";
+        if (!request.NextBlock(block, last)) {
+            failure = {true, ReasonText(request.Error())};
+            return false;
+        }
+        fetched.total = kBlock;
+        ReportBlock(fetched.total);
+        if (!body.Take(block, kBlock)) return unwritable();
+        fetched.held = last;
+        // Going on after a short first block would leave its padding inside the file.
+        if (last < kBlock) fetched.resumable = false;
+    }
+    while (last > 0) {
+        if (!request.NextBlock(block, last)) {
+            failure = {true, ReasonText(request.Error())};
+            return false;
+        }
+        if (!body.Take(block, last)) return unwritable();
+        fetched.held += last;
+        fetched.total += last;
+        ReportBlock(fetched.total);
+        LetMessagesRun();
+    }
+    if (currentFileSize_ <= 0 || static_cast<double>(fetched.held) >= currentFileSize_) return true;
+    failure = {true, "the answer broke off after " + std::to_string(fetched.held) + " bytes"};
+    return false;
+}
+
 bool clsFTP::Fetch(const std::string& URL, Body& body, double& total) {
     if (!session_) return false;
     const int tries = std::max<int>(1, modCorvanInstaller_Global().MaxTries);
-    uint64_t held = 0;     // bytes of the body taken, the first block's padding left out
-    bool resumable = false;  // what is held may be continued by a range request
-    std::string validator;   // the first answer's ETag or date, sent back with a range request
-    char block[kBlock] = {};
+    Fetched fetched;
     for (int attempt = 1;; ++attempt) {
-        const bool resuming = resumable && held > 0;
         AttemptFailure failure;
-        {
-            DownloadAttempt request(session_.Get(), URL, resuming ? RangeRequestHeaders(held, validator) : "",
-                                    policy_, desktop_);
-            HINTERNET answer = request.WaitForAnswer();
-            const DWORD status = answer ? StatusOf(answer) : 0;
-            if (!answer) {
-                failure = {IsTransientError(request.Error()), ReasonText(request.Error())};
-            } else if (status >= 400) {
-                // WinINet hands over an error page like any other body; a file
-                // the server does not have must not become a file on the PC.
-                failure = {IsTransientStatus(status), "the server answered " + std::to_string(status)};
-            } else {
-                const auto start = ContentRangeStart(Header(answer, HTTP_QUERY_CONTENT_RANGE));
-                const bool continues = resuming && status == 206 && start && *start == held;
-                bool broke = false, written = true;
-                DWORD last = 1;
-                if (resuming && status == 206 && !continues) {
-                    // Not the part asked for: ask for the whole body next time.
-                    resumable = false;
-                    failure = {true, "the server sent another part of the file"};
-                } else {
-                    if (!continues) {
-                        // A whole body: the first answer, or a server that sends it all again.
-                        if ((held > 0 || total > 0) && !body.Restart()) written = false;
-                        held = 0;
-                        total = 0;
-                        currentFileSize_ = AnnouncedLength(answer);
-                        validator = Header(answer, HTTP_QUERY_ETAG);
-                        if (validator.empty()) validator = Header(answer, HTTP_QUERY_LAST_MODIFIED);
-                        resumable = status == 200 && Header(answer, HTTP_QUERY_ACCEPT_RANGES) != "none";
-                        broke = !request.NextBlock(block, last);
-                        if (!broke && written) {
-                            total = kBlock;
-                            ReportBlock(total);
-                            written = body.Take(block, kBlock);
-                            held = last;
-                            // Continuing after a short first block would leave its padding inside the file.
-                            if (last < kBlock) resumable = false;
-                        }
-                    }
-                    while (written && !broke && last > 0) {
-                        broke = !request.NextBlock(block, last);
-                        if (broke) break;
-                        written = body.Take(block, last);
-                        held += last;
-                        total += last;
-                        ReportBlock(total);
-                        LetMessagesRun();
-                    }
-                    if (!written) {
-                        LogTransfer("Download of " + URL + " failed: the file could not be written");
-                        return false;
-                    }
-                    if (!broke && (currentFileSize_ <= 0 || static_cast<double>(held) >= currentFileSize_)) return true;
-                    failure = {true, broke ? ReasonText(request.Error())
-                                           : "the answer broke off after " + std::to_string(held) + " bytes"};
-                }
-            }
-        }
+        const bool whole = Attempt(URL, body, fetched, failure);
+        total = fetched.total;
+        if (whole) return true;
         if (!failure.transient || attempt >= tries) {
             // A failure at the first attempt is the caller's to word.
             if (attempt > 1)
@@ -224,9 +225,10 @@ bool clsFTP::Fetch(const std::string& URL, Body& body, double& total) {
             return false;
         }
         const DWORD pause = RetryDelayMs(policy_, attempt + 1);
-        LogTransfer("Download of " + URL + " failed: " + failure.reason + "; trying again in " + std::to_string(pause) +
-                 " ms, attempt " + std::to_string(attempt + 1) + " of " + std::to_string(tries) +
-                 (resumable && held > 0 ? ", from byte " + std::to_string(held) : ""));
+        LogTransfer("Download of " + URL + " failed: " + failure.reason + "; trying again in " +
+                    std::to_string(pause) + " ms, attempt " + std::to_string(attempt + 1) + " of " +
+                    std::to_string(tries) +
+                    (fetched.resumable && fetched.held > 0 ? ", from byte " + std::to_string(fetched.held) : ""));
         PauseLettingMessagesRun(desktop_, pause);
     }
 }

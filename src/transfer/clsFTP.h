@@ -98,9 +98,23 @@ private:
     void RaiseFileProgress(float percent, const std::string& status);
     void ReportBlock(double total);
     void LetMessagesRun();
+    // What the attempts at one download have got so far.
+    struct Fetched {
+        uint64_t held = 0;       // bytes of the body taken, the first block's padding left out
+        double total = 0;        // the running count the progress events report
+        bool resumable = false;  // what is held may be continued by a range request
+        std::string validator;   // the first answer's ETag or date, sent back with a range request
+    };
+    // Why an attempt failed, and whether another may fare better.
+    struct AttemptFailure {
+        bool transient = false;
+        std::string reason;
+    };
+
     // Fetches URL into `body` with its retries; `total` is the running count
     // the progress events report. False when the download failed for good.
     bool Fetch(const std::string& URL, Body& body, double& total);
+    bool Attempt(const std::string& URL, Body& body, Fetched& fetched, AttemptFailure& failure);
 
     Desktop* desktop_;
     clsFTPEvents* listener_;
