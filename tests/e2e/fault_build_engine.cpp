@@ -46,8 +46,9 @@ public:
 }  // namespace
 
 std::unique_ptr<InstallEngine> CreateInstallEngine(InstallEngineEvents& events, Desktop& desktop) {
-    // One second for each wait, pauses of 50 then 100 ms.
-    ProcessTransferPolicy() = {1000, 1000, 1000, 50, 100};
+    // Two seconds for each wait (a loaded test machine may take one to
+    // shake hands), pauses of 50 then 100 ms.
+    ProcessTransferPolicy() = {2000, 2000, 2000, 50, 100};
     return std::make_unique<FaultBuildEngine>(events, desktop);
 }
 
