@@ -1,10 +1,12 @@
 #!/usr/bin/env python3
 """Runs every test of the three builds and prints the total.
 
-Native test programs run directly; Windows test programs run under Wine in a
-prefix of this run's own, made fresh under build/wine. Both .ocx files are
-checked to import system DLLs only. The last line printed is always
-"N passed, N failed".
+Native test programs run directly. The Windows test programs of both
+architectures run under Wine in one 64-bit (WoW64) prefix of this run's own,
+made fresh under build/wine: each build's list, with each control registered
+by its own regsvr32 first. Results of the Windows builds are named and counted
+per architecture ("[x64]", "[x86]"). Both .ocx files are checked to import
+system DLLs only. The last line printed is always "N passed, N failed".
 """
 import argparse
 import os
@@ -23,24 +25,38 @@ SYSTEM_DLLS = {
     "advpack.dll", "setupapi.dll", "userenv.dll", "secur32.dll", "ws2_32.dll", "ntdll.dll",
 }
 
+# The Windows architectures: the Wine loader that starts their built-in
+# programs (regsvr32, reg, cscript) and the 32-bit view of the registry.
+WINE64 = "/usr/lib/wine/wine64"
+WINE32 = "/usr/lib/wine/wine"
+ARCHITECTURES = (("x64", WINE64), ("x86", WINE32))
+ENABLE_WINE32 = "./run deps --wine32"
+
 passed = 0
 failed = 0
 failures = []
+by_group = {}  # "native", "x64", "x86", "fixtures" -> [passed, failed], in the order first met
+group = "native"
 
 
 def record(name, ok, detail=""):
     global passed, failed
+    counts = by_group.setdefault(group, [0, 0])
     if ok:
         passed += 1
+        counts[0] += 1
     else:
         failed += 1
+        counts[1] += 1
         failures.append(name + (": " + detail if detail else ""))
 
 
 def check_imports(root):
+    global group
     for arch, triple in (("x64", "x86_64-w64-mingw32"), ("x86", "i686-w64-mingw32")):
+        group = arch
         ocx = os.path.join(root, "out", arch, "CorvanInstaller.ocx")
-        name = "imports of out/%s/CorvanInstaller.ocx" % arch
+        name = "[%s] imports of out/%s/CorvanInstaller.ocx" % (arch, arch)
         if not os.path.exists(ocx):
             record(name, False, "missing")
             continue
@@ -49,6 +65,7 @@ def check_imports(root):
         foreign = [d for d in dlls if d not in SYSTEM_DLLS]
         record(name, not foreign, "imports " + ", ".join(foreign))
         print("%-50s %s" % (name, "ok: " + " ".join(dlls) if not foreign else "FAILED: " + " ".join(foreign)))
+    group = "native"
 
 
 def check_xp_floor(root):
@@ -105,11 +122,49 @@ def make_prefix(root, env):
     subprocess.run(["wineserver", "-k"], env=env, capture_output=True)
     shutil.rmtree(prefix, ignore_errors=True)
     os.makedirs(prefix)
-    subprocess.run(["wineboot", "-i"], env=env, capture_output=True, check=True)
+    # A 64-bit prefix: it runs 64-bit and, with 32-bit Wine installed, 32-bit programs.
+    subprocess.run([WINE64, "wineboot", "-i"], env=env, capture_output=True, check=True)
     # The headless graphics driver: windows, timers and FindWindow work
     # without a display.
-    subprocess.run(["wine", "reg", "add", "HKCU\\Software\\Wine\\Drivers", "/v", "Graphics", "/d", "null", "/f"],
+    subprocess.run([WINE64, "reg", "add", "HKCU\\Software\\Wine\\Drivers", "/v", "Graphics", "/d", "null", "/f"],
                    env=env, capture_output=True, check=True)
+    # One server for the whole run, instead of one started (with the prefix's
+    # services) for every test program.
+    # Its first program starts the prefix's services, which then stay: they
+    # must not hold the output pipes of a program the runner reads.
+    quiet = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+    subprocess.run(["wineserver", "-p"], env=env, check=True, **quiet)
+    subprocess.run([WINE64, "cmd", "/c", "exit"], env=env, check=True, **quiet)
+
+
+def wine32_missing():
+    """Why 32-bit programs cannot run here, or "" when they can."""
+    if not os.access(WINE32, os.X_OK):
+        return "32-bit Wine (wine32:i386) is not installed"
+    return ""
+
+
+def register_control(arch, loader, out, env):
+    """Registers the architecture's control with its own regsvr32 and checks
+    that its own registry view names that file."""
+    name = "[%s] register out/%s/CorvanInstaller.ocx" % (arch, arch)
+    ocx = windows_path(os.path.join(out, "CorvanInstaller.ocx"))
+    reg = subprocess.run([loader, "regsvr32", "/s", ocx], env=env, capture_output=True, timeout=120)
+    detail = "regsvr32 exit code %d" % reg.returncode if reg.returncode != 0 else ""
+    if not detail:
+        progid = query_default(loader, "HKCR\\CorvanInstaller.ManageClient\\CLSID", env)
+        server = query_default(loader, "HKCR\\CLSID\\%s\\InprocServer32" % progid, env) if progid else ""
+        if server.lower() != ocx.lower():
+            detail = "the %s registry view names %r as the server" % (arch, server)
+    record(name, not detail, detail)
+    print("%-50s %s" % (name, "FAILED: " + detail if detail else "ok"))
+
+
+def query_default(loader, key, env):
+    proc = subprocess.run([loader, "reg", "query", key, "/ve"], env=env, capture_output=True, text=True,
+                          timeout=120)
+    match = re.search(r"REG_SZ\s+(.*\S)", proc.stdout)
+    return match.group(1) if match else ""
 
 
 def start_fixtures(root, env):
@@ -160,11 +215,16 @@ def main():
     parser.add_argument("--native", help="native build folder (default build/native)")
     parser.add_argument("--windows", help="64-bit Windows build folder (default build/x64)")
     parser.add_argument("--out", help="folder of the 64-bit shipped binaries (default out/x64)")
+    parser.add_argument("--windows32", help="32-bit Windows build folder (default build/x86)")
+    parser.add_argument("--out32", help="folder of the 32-bit shipped binaries (default out/x86)")
     parser.add_argument("--prefix", help="Wine prefix to make and use (default build/wine/prefix)")
     args = parser.parse_args()
     root = args.root
     native = args.native or os.path.join(root, "build", "native")
-    windows = args.windows or os.path.join(root, "build", "x64")
+    builds = {"x64": args.windows or os.path.join(root, "build", "x64"),
+              "x86": args.windows32 or os.path.join(root, "build", "x86")}
+    outs = {"x64": args.out or os.path.join(root, "out", "x64"),
+            "x86": args.out32 or os.path.join(root, "out", "x86")}
     prefix = args.prefix or os.path.join(root, "build", "wine", "prefix")
 
     print("== imports")
@@ -183,17 +243,43 @@ def main():
     wenv["WINEPREFIX"] = os.path.abspath(prefix)
     wenv["WINEDEBUG"] = "-all"
     wenv["WINEDLLOVERRIDES"] = "mscoree,mshtml="  # no Mono or Gecko installer prompts
-    wenv["CORVAN_OUT_DIR"] = windows_path(os.path.abspath(args.out or os.path.join(root, "out", "x64")))
     wenv["CORVAN_ROOT"] = windows_path(root)
     wenv["CORVAN_ROOT_UNIX"] = root
-    wenv["CORVAN_WINDOWS_BUILD"] = windows_path(os.path.abspath(windows))
+    # The fixtures' helpers come from the 64-bit build.
+    wenv["CORVAN_WINDOWS_BUILD"] = windows_path(os.path.abspath(builds["x64"]))
     make_prefix(root, wenv)
+    global group
+    group = "fixtures"
     started = start_fixtures(root, wenv)
     try:
-        for binary in read_list(os.path.join(windows, "test-binaries.txt")):
-            if args.filter in binary:
-                run_gtest(os.path.basename(binary), ["wine", binary], wenv, 900)
+        for arch, loader in ARCHITECTURES:
+            group = arch
+            by_group.setdefault(arch, [0, 0])
+            if arch == "x86" and wine32_missing():
+                why = wine32_missing()
+                if os.environ.get("CI") == "true":
+                    record("[x86] tests", False, why + " on CI")
+                    print("[x86] tests FAILED: %s (CI installs it with ./run deps)" % why)
+                else:
+                    print("[x86] tests skipped: %s; %s installs it" % (why, ENABLE_WINE32))
+                continue
+            print("== [%s] Windows tests" % arch)
+            aenv = dict(wenv)
+            aenv["CORVAN_OUT_DIR"] = windows_path(os.path.abspath(outs[arch]))
+            aenv["CORVAN_WINDOWS_BUILD"] = windows_path(os.path.abspath(builds[arch]))
+            start = time.time()
+            register_control(arch, loader, outs[arch], aenv)
+            listing = os.path.join(builds[arch], "test-binaries.txt")
+            if not os.path.exists(listing):
+                record("[%s] test list" % arch, False, listing + " is missing (configure with: cmake --preset %s)"
+                       % arch)
+            for binary in read_list(listing):
+                if args.filter in binary:
+                    run_gtest("[%s] %s" % (arch, os.path.basename(binary)), [loader, binary], aenv, 900)
+            print("== [%s] %d passed, %d failed (%.0fs)" % (arch, by_group[arch][0], by_group[arch][1],
+                                                         time.time() - start))
     finally:
+        group = "native"
         stop_fixtures(started, wenv)
         subprocess.run(["wineserver", "-k"], env=wenv, capture_output=True)
 
@@ -201,6 +287,8 @@ def main():
         print("== failures")
         for f in failures:
             print("  " + f)
+    print("by build: " + ", ".join("[%s] %d passed, %d failed" % (g, by_group[g][0], by_group[g][1])
+                                   for g in by_group))
     print("%d passed, %d failed" % (passed, failed))
     return 0 if failed == 0 else 1
 

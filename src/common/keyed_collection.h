@@ -56,6 +56,12 @@ public:
 
     void Reserve(size_t count) { index_.reserve(count); }
 
+    // Looks up a key already in capitals, without making a text of it.
+    T* FindUpperCase(std::string_view folded) {
+        auto found = index_.find(folded);
+        return found == index_.end() ? nullptr : &found->second->second;
+    }
+
     bool Contains(std::string_view key) const { return index_.count(UpperCase(key)) != 0; }
 
     T* Find(std::string_view key) {
@@ -93,7 +99,12 @@ public:
 
 private:
     std::list<Entry> entries_;
-    std::unordered_map<std::string, iterator> index_;  // upper-cased key -> entry
+    // Hashes a key and a view of one alike, so a lookup needs no copy.
+    struct KeyHash {
+        using is_transparent = void;
+        size_t operator()(std::string_view key) const { return std::hash<std::string_view>{}(key); }
+    };
+    std::unordered_map<std::string, iterator, KeyHash, std::equal_to<>> index_;  // upper-cased key -> entry
 };
 
 }  // namespace corvan

@@ -29,6 +29,8 @@ std::string UpperCase(std::string_view text) {
     return out;
 }
 
+void UpperCaseInPlace(std::string& text) { std::transform(text.begin(), text.end(), text.begin(), Upper); }
+
 std::string LowerCase(std::string_view text) {
     std::string out(text);
     std::transform(out.begin(), out.end(), out.begin(), Lower);

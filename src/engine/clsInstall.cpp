@@ -243,6 +243,15 @@ bool clsInstall::Prepare(int32_t mode, bool forceInstall) {
     return true;
 }
 
+void clsInstall::CreateUninstallList(const char* failedStatus) {
+    try {
+        uninstallFile_.CreateFile(unInstallFile_);
+    } catch (const Failure&) {
+        StatusMsg(failedStatus);
+        throw UninstallListFailure();
+    }
+}
+
 bool clsInstall::PrepareInstall() {
     const std::string folder = ApplicationFolder();
     if (comparison_.blnForceInstall()) {
@@ -268,12 +277,7 @@ bool clsInstall::PrepareInstall() {
     StatusMsg("Download Successful");
 
     StatusMsg("Creating Uninstall File");
-    try {
-        uninstallFile_.CreateFile(unInstallFile_);
-    } catch (const Failure&) {
-        StatusMsg("Create Failed");
-        throw UninstallListFailure();
-    }
+    CreateUninstallList("Create Failed");
 
     StatusMsg("Loading Files into Compare Process");
     // The local load marks every item dirty: the server load then clears
@@ -360,12 +364,7 @@ void clsInstall::PrepareUninstall(int32_t mode, bool& stopped) {
     StatusMsg("Opening Uninstall File...");
     if (!localFile_.OpenFile(unInstallFile_)) {
         StatusMsg("File Not Found, Creating Uninstall File.");
-        try {
-            uninstallFile_.CreateFile(unInstallFile_);
-        } catch (const Failure&) {
-            StatusMsg("Could not create uninstall file...serious error.");
-            throw UninstallListFailure();
-        }
+        CreateUninstallList("Could not create uninstall file...serious error.");
     }
 
     StatusMsg("Loading Local Installation File...");

@@ -58,6 +58,9 @@ private:
     bool PrepareInstall();
     void PrepareUninstall(int32_t mode, bool& stopped);
     bool FetchLocalListAgain();
+    // Creates SC_Uninstall.scl; when it cannot, raises the status and the
+    // uninstall-list error (0x80040065).
+    void CreateUninstallList(const char* failedStatus);
 
     bool SameAsServer();
     void UpdateLocalFile();
@@ -72,6 +75,10 @@ private:
     // "ALT_URL_SOURCE_1" then "ALT_URL_SOURCE_2" of the settings, those set.
     std::vector<std::string> AlternateSources() const;
 
+    // Walks colItems in order: the banner line with the item's file name,
+    // the item's step, then the progress over all items (counted whether
+    // the step did anything or not).
+    void WalkItems(const std::string& banner, const std::function<void(ItemRecord&)>& step);
     void InstallItem(ItemRecord& record);
     void FinalizeInstall();
     void Uninstall();

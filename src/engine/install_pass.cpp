@@ -28,6 +28,19 @@ void clsInstall::ItemStep(clsItem& item, void (clsItem::*operation)(), const cha
     }
 }
 
+void clsInstall::WalkItems(const std::string& banner, const std::function<void(ItemRecord&)>& step) {
+    KeyedCollection<ItemRecord>& colItems = comparison_.colItems();
+    const float total = static_cast<float>(colItems.Count());
+    int32_t position = 0;
+    for (auto& entry : colItems) {
+        ItemRecord& record = entry.second;
+        WriteLog("--------------------------Start " + banner + " of " + record.FileName() + " ------------------------");
+        ++position;
+        step(record);
+        events_.ProgressUpdate(static_cast<float>(position) / total);
+    }
+}
+
 bool clsInstall::Install() {
     try {
         if (installComplete_ == 1) {
@@ -45,16 +58,9 @@ bool clsInstall::Install() {
         // Emptied now; each row installed below is added to it.
         uninstallFile_.WriteText("");
 
-        KeyedCollection<ItemRecord>& colItems = comparison_.colItems();
-        const float total = static_cast<float>(colItems.Count());
-        int32_t processed = 0;
-        for (auto& entry : colItems) {
-            ItemRecord& record = entry.second;
-            WriteLog("--------------------------Start Install of " + record.FileName() + " ------------------------");
-            ++processed;
+        WalkItems("Install", [this](ItemRecord& record) {
             if (record.IsDirty()) InstallItem(record);
-            events_.ProgressUpdate(static_cast<float>(processed) / total);
-        }
+        });
 
         UpdateLocalFile();
         RaiseInstallationStatus("Complete");

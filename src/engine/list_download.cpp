@@ -23,7 +23,7 @@ bool DownloadListFile(clsFTP& session, const std::string& url, const std::string
     clsFileIO& list = file ? *file : own;
     bool taken = false;
     if (session.DownloadFile(url, path) && list.OpenFile(path)) {
-        taken = IsWholeList(FileRows(list));
+        taken = IsWholeList(RowsOf(list));
         if (!taken) {
             // Taken as it came, an empty or cut list would mark every
             // installed item removed.

@@ -9,16 +9,9 @@
 
 namespace corvan {
 
-// A list file object seen as rows.
-class FileRows : public ListRows {
-public:
-    explicit FileRows(const clsFileIO& file) : file_(file) {}
-    int32_t RowCount() const override { return file_.RowCount(); }
-    std::string GetRow(int32_t index) const override { return file_.GetRow(index); }
-
-private:
-    const clsFileIO& file_;
-};
+// A list file object's rows, read from its text in place (the file object
+// counts its rows by the same rule).
+inline TextRows RowsOf(const clsFileIO& file) { return TextRows::Of(file.Contents()); }
 
 // The settings module's download of a packing list: deletes `path`,
 // downloads `url` to it through the shared session and opens it in `file`.

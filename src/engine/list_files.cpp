@@ -43,7 +43,7 @@ bool clsInstall::DownloadList(const std::string& url, const std::string& path, c
 
 bool clsInstall::ValidateFile() {
     try {
-        switch (CheckListForm(FileRows(localFile_))) {
+        switch (CheckListForm(RowsOf(localFile_))) {
             case ListForm::Valid:
                 return true;
             case ListForm::Empty:
@@ -61,7 +61,7 @@ bool clsInstall::ValidateFile() {
 }
 
 bool clsInstall::LoadFileIntoCollection(const clsFileIO& file, bool markDirty) {
-    return comparison_.LoadFileIntoCollection(FileRows(file), markDirty);
+    return comparison_.LoadFileIntoCollection(RowsOf(file), markDirty);
 }
 
 bool clsInstall::SameAsServer() {
@@ -118,27 +118,23 @@ void clsInstall::WriteUninstallLog() {
 
 bool clsInstall::LoadLocalFile(clsFileIO& objLocalFile) {
     try {
-        const std::string url = BaseUrl() + "SC_Install.scl";
+        // The two ways to a fresh copy differ only in their texts: the
+        // missing file's end in a full stop.
+        auto fetch = [&](const char* why, const char* failed, const char* done) {
+            StatusMsg(why);
+            if (!DownloadList(BaseUrl() + "SC_Install.scl", installFile_, &objLocalFile)) {
+                StatusMsg(failed);
+                return;
+            }
+            StatusMsg(done);
+            comparison_.blnForceInstall(true);
+            comparison_.blnMustInstall(true);
+        };
         const bool opened = objLocalFile.OpenFile(installFile_);
-        if (!opened || comparison_.blnForceInstall()) {
-            StatusMsg("File not found, downloading.");
-            if (!DownloadList(url, installFile_, &objLocalFile)) {
-                StatusMsg("Download Failed.");
-            } else {
-                StatusMsg("Download Successful.");
-                comparison_.blnForceInstall(true);
-                comparison_.blnMustInstall(true);
-            }
-        } else if (objLocalFile.RowCount() == 0) {
-            StatusMsg("File was empty...Downloading install file.");
-            if (!DownloadList(url, installFile_, &objLocalFile)) {
-                StatusMsg("Download Failed");
-            } else {
-                StatusMsg("Download Successful");
-                comparison_.blnForceInstall(true);
-                comparison_.blnMustInstall(true);
-            }
-        }
+        if (!opened || comparison_.blnForceInstall())
+            fetch("File not found, downloading.", "Download Failed.", "Download Successful.");
+        else if (objLocalFile.RowCount() == 0)
+            fetch("File was empty...Downloading install file.", "Download Failed", "Download Successful");
     } catch (const Failure& failure) {
         LogError(failure, " - clsInstall.LoadLocalFile(objLocalFile as clsFileIO)");
     }

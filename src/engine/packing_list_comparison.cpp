@@ -8,11 +8,18 @@
 
 namespace corvan {
 
-TextRows::TextRows(std::string text) : text_(std::move(text)), starts_(IndexListRows(text_)) {}
+TextRows::TextRows(std::string text) : owned_(std::move(text)), starts_(IndexListRows(owned_)) {}
 
-std::string TextRows::GetRow(int32_t index) const {
+TextRows TextRows::Of(std::string_view text) {
+    TextRows rows;
+    rows.viewed_ = text.data() ? text : std::string_view("", 0);
+    rows.starts_ = IndexListRows(rows.viewed_);
+    return rows;
+}
+
+std::string_view TextRows::Row(int32_t index) const {
     if (index > RowCount()) return {};
-    return std::string(ListRow(text_, starts_, index));
+    return ListRow(Text(), starts_, index);
 }
 
 ListForm CheckListForm(const ListRows& rows) {
@@ -22,9 +29,9 @@ ListForm CheckListForm(const ListRows& rows) {
     return std::count(first.begin(), first.end(), ',') >= 10 ? ListForm::Valid : ListForm::TooFewFields;
 }
 
-bool AppliesToMachine(const std::string& os, const std::string& versionName) {
+bool AppliesToMachine(std::string_view os, std::string_view versionName) {
     // The runtime's InStr finds nothing in an empty text, even an empty name.
-    return (!os.empty() && os.find(versionName) != std::string::npos) || os == "ALL";
+    return (!os.empty() && os.find(versionName) != std::string_view::npos) || os == "ALL";
 }
 
 bool ListedForUninstall(const ItemRecord& item, const std::string& versionName) {
@@ -40,6 +47,21 @@ bool InstallGroupAllows(const std::string& usersGroups, const std::string& insta
 }
 
 std::string ItemKey(ItemRecord& item) { return item.InstallFolder() + item.FileName(); }
+
+RowColumns::RowColumns(std::string_view row) {
+    size_t start = 0;
+    for (size_t column = 0; column < kColumns; ++column) {
+        const size_t comma = row.find(',', start);
+        columns_[column] = row.substr(start, comma == std::string_view::npos ? row.npos : comma - start);
+        if (comma == std::string_view::npos) break;
+        start = comma + 1;
+    }
+    // The folder as the item keeps it: a trailing backslash, the default
+    // folder when the row names none.
+    folder_.assign(columns_[12]);
+    if (folder_.empty() || folder_.back() != '\\') folder_ += '\\';
+    if (folder_ == "\\") folder_ = kDefaultInstallFolder;
+}
 
 PackingListComparison::PackingListComparison(std::string versionName, std::string systemRoot)
     : versionName_(std::move(versionName)), defaultLocalSource_(std::move(systemRoot) + "Talo") {}
@@ -58,43 +80,62 @@ bool PackingListComparison::LoadFileIntoCollection(const ListRows& rows, bool ma
         colItems_.Reserve(static_cast<size_t>(rowCount));
     }
 
+    std::string scratch, key, folded;
     for (int32_t index = 1; index <= rowCount; ++index) {
-        const std::string row = rows.GetRow(index);
+        const std::string_view row = rows.RowView(index, scratch);
         if (row.empty()) continue;
-        ItemRecord item;
-        item.UniformString(row);
-        if (item.LocalSource().empty()) item.LocalSource(defaultLocalSource_);
-        if (!AppliesToMachine(item.OS(), versionName_)) continue;
-        if (markDirty) item.IsDirty(kVbTrue);
-        // Every local item starts out to be removed; the server list clears
-        // the mark of each item it still has.
-        if (!secondLoad) item.Removed(kVbTrue);
-
-        std::string key = ItemKey(item);
-        ItemRecord* existing = colItems_.AddOrFind(key, std::move(item));
-        if (!existing) {
-            if (secondLoad) {
-                colItems_.Item(key).IsDirty(kVbTrue);
+        // Most rows of a second load are found again unchanged: they are
+        // judged on their OS, key and CRC columns alone, and only a row that
+        // is kept becomes an item.
+        const RowColumns columns(row);
+        if (!AppliesToMachine(columns.OS(), versionName_)) continue;
+        key.assign(columns.InstallFolder()).append(columns.FileName());
+        ItemRecord* existing;
+        if (!secondLoad) {
+            // A first load keeps nearly every row: made into an item at once.
+            existing = colItems_.AddOrFind(key, NewItem(row, markDirty, secondLoad));
+            if (!existing) continue;
+        } else {
+            folded.assign(key);
+            UpperCaseInPlace(folded);
+            existing = colItems_.FindUpperCase(folded);
+            if (!existing) {
+                // The server has a row that the local list lacks.
+                ItemRecord item = NewItem(row, markDirty, secondLoad);
+                item.IsDirty(kVbTrue);
+                colItems_.Add(key, std::move(item));
                 result = false;
+                continue;
             }
-            continue;
         }
 
         existing->Removed(kVbFalse);
         // The key ignores case but the folder test does not: the same file
         // under a folder spelt otherwise is kept as it was, changed or not.
-        if (existing->InstallFolder() == item.InstallFolder() && existing->CRC() != item.CRC()) {
+        if (existing->InstallFolder() == columns.InstallFolder() && existing->CRC() != columns.CRC()) {
+            ItemRecord item = NewItem(row, markDirty, secondLoad);
             colItems_.Remove(key);
             item.IsDirty(kVbTrue);
             item.Removed(kVbFalse);
             mustInstall_ = true;
-            colItems_.Add(std::move(key), std::move(item));
+            colItems_.Add(key, std::move(item));
             result = false;
         } else if (!forceInstall_) {
             existing->IsDirty(kVbFalse);
         }
     }
     return result;
+}
+
+ItemRecord PackingListComparison::NewItem(std::string_view row, bool markDirty, bool secondLoad) const {
+    ItemRecord item;
+    item.UniformString(row);
+    if (item.LocalSource().empty()) item.LocalSource(defaultLocalSource_);
+    if (markDirty) item.IsDirty(kVbTrue);
+    // Every local item starts out to be removed; the server list clears the
+    // mark of each item it still has.
+    if (!secondLoad) item.Removed(kVbTrue);
+    return item;
 }
 
 std::string PackingListComparison::UninstallListText() {

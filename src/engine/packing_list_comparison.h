@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "common/keyed_collection.h"
@@ -17,17 +18,32 @@ public:
     virtual int32_t RowCount() const = 0;
     // Empty past the last row.
     virtual std::string GetRow(int32_t index) const = 0;
+    // The same row, as a view that lives as long as the rows or `scratch`
+    // (a source that holds its text whole needs no copy).
+    virtual std::string_view RowView(int32_t index, std::string& scratch) const {
+        scratch = GetRow(index);
+        return scratch;
+    }
 };
 
-// Rows of a list held in memory as its whole text.
+// Rows of a list held in memory as its whole text: its own copy, or a view
+// of a text that outlives the rows (TextRows::Of).
 class TextRows : public ListRows {
 public:
     explicit TextRows(std::string text);
+    static TextRows Of(std::string_view text);
+
     int32_t RowCount() const override { return static_cast<int32_t>(starts_.size()) - 1; }
-    std::string GetRow(int32_t index) const override;
+    std::string GetRow(int32_t index) const override { return std::string(Row(index)); }
+    std::string_view RowView(int32_t index, std::string&) const override { return Row(index); }
+    std::string_view Row(int32_t index) const;
 
 private:
-    std::string text_;
+    TextRows() = default;
+    std::string_view Text() const { return viewed_.data() ? viewed_ : std::string_view(owned_); }
+
+    std::string owned_;
+    std::string_view viewed_;
     std::vector<size_t> starts_;  // where each row begins, by the file object's rule (files/list_rows.h)
 };
 
@@ -42,7 +58,7 @@ inline bool IsWholeList(const ListRows& rows) { return CheckListForm(rows) == Li
 
 // A row applies to this machine when its OS names the machine's Windows
 // version anywhere in the text, or is "ALL".
-bool AppliesToMachine(const std::string& os, const std::string& versionName);
+bool AppliesToMachine(std::string_view os, std::string_view versionName);
 
 // The uninstall list is stricter than loading: the OS must be the version
 // name exactly (or "ALL"), and rows with a Flag are never listed.
@@ -97,6 +113,8 @@ public:
     std::string UninstallListText();
 
 private:
+    ItemRecord NewItem(std::string_view row, bool markDirty, bool secondLoad) const;
+
     std::string versionName_;
     std::string defaultLocalSource_;
     KeyedCollection<ItemRecord> colItems_;
@@ -107,5 +125,22 @@ private:
 
 // The key of an item in colItems.
 std::string ItemKey(ItemRecord& item);
+
+// The columns of a row that the comparison reads, as the item would read
+// them, without making an item: OS, FileName, CRC and the install folder
+// normalised as the item normalises it.
+class RowColumns {
+public:
+    explicit RowColumns(std::string_view row);
+    std::string_view OS() const { return columns_[0]; }
+    std::string_view FileName() const { return columns_[2]; }
+    std::string_view CRC() const { return columns_[5]; }
+    const std::string& InstallFolder() const { return folder_; }
+
+private:
+    static constexpr size_t kColumns = 17;
+    std::string_view columns_[kColumns];
+    std::string folder_;
+};
 
 }  // namespace corvan

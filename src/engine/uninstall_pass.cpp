@@ -30,27 +30,18 @@ void clsInstall::Uninstall() {
         StatusMsg("Uninstalling Corvan Connect...");
         events_.FTPStatus(0.0f, "");
 
-        KeyedCollection<ItemRecord>& colItems = comparison_.colItems();
-        const float total = static_cast<float>(colItems.Count());
-        int32_t position = 0;
-        for (auto& entry : colItems) {
-            ItemRecord& record = entry.second;
-            WriteLog("--------------------------Start Uninstall of " + record.FileName() + " ------------------------");
-            ++position;
+        WalkItems("Uninstall", [this](ItemRecord& record) {
             // The same filter that wrote the list.
-            if (ListedForUninstall(record, comparison_.VersionName())) {
-                StatusMsg("Removing " + record.FileName());
-                // A listed database is the dealer's data: its own uninstall
-                // would delete it before the backup below saves it, so it is
-                // left to the backup and the folder's removal.
-                if (!IsDatabase(record)) {
-                    clsItem objItem(desktop_, this);
-                    static_cast<ItemRecord&>(objItem) = record;
-                    ItemStep(objItem, &clsItem::Uninstall, " - clsInstall.Uninstall");
-                }
-            }
-            events_.ProgressUpdate(static_cast<float>(position) / total);
-        }
+            if (!ListedForUninstall(record, comparison_.VersionName())) return;
+            StatusMsg("Removing " + record.FileName());
+            // A listed database is the dealer's data: its own uninstall
+            // would delete it before the backup below saves it, so it is
+            // left to the backup and the folder's removal.
+            if (IsDatabase(record)) return;
+            clsItem objItem(desktop_, this);
+            static_cast<ItemRecord&>(objItem) = record;
+            ItemStep(objItem, &clsItem::Uninstall, " - clsInstall.Uninstall");
+        });
 
         const std::string folder = ApplicationFolder();
         StatusMsg("Creating mdb backup directory");

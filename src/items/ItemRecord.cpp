@@ -1,7 +1,6 @@
 #include "items/ItemRecord.h"
 
-#include <functional>
-#include <vector>
+#include <string_view>
 
 #include "common/conversions.h"
 
@@ -9,18 +8,21 @@ namespace corvan {
 
 namespace {
 
-std::vector<std::string> SplitAtCommas(const std::string& row) {
-    std::vector<std::string> fields;
+// The row's first `kColumns` fields, as views into the row; the count of
+// fields found (fields past the last column are not looked at).
+constexpr size_t kColumns = 17;
+size_t SplitAtCommas(std::string_view row, std::string_view (&fields)[kColumns]) {
     size_t start = 0;
-    for (;;) {
-        size_t comma = row.find(',', start);
-        if (comma == std::string::npos) {
-            fields.push_back(row.substr(start));
-            return fields;
+    for (size_t count = 0; count < kColumns; ++count) {
+        const size_t comma = row.find(',', start);
+        if (comma == std::string_view::npos) {
+            fields[count] = row.substr(start);
+            return count + 1;
         }
-        fields.push_back(row.substr(start, comma - start));
+        fields[count] = row.substr(start, comma - start);
         start = comma + 1;
     }
+    return kColumns;
 }
 
 }  // namespace
@@ -31,35 +33,38 @@ const std::string& ItemRecord::InstallFolder() {
     return installFolder_;
 }
 
-void ItemRecord::UniformString(const std::string& row) {
+void ItemRecord::UniformString(std::string_view row) {
     // An empty row sets nothing, not even column 0.
     if (row.empty()) return;
-    const std::vector<std::string> fields = SplitAtCommas(row);
-    using Assign = std::function<void(const std::string&)>;
-    const Assign columns[17] = {
-        [this](const std::string& f) { OS(f); },
-        [this](const std::string& f) { Source(f); },
-        [this](const std::string& f) { FileName(f); },
-        [this](const std::string& f) { Version(f); },
-        [this](const std::string& f) { ReleaseDate(f); },
-        [this](const std::string& f) { CRC(f); },
-        [this](const std::string& f) { Description(f); },
-        [this](const std::string& f) { Productname(f); },
-        [this](const std::string& f) { Flag(LenientLong(f)); },
-        [this](const std::string& f) { InstallSwitch(f); },
-        [this](const std::string& f) { UninstallSwitch(f); },
-        [this](const std::string& f) { LocalSource(f); },
-        [this](const std::string& f) { InstallFolder(f); },
-        [this](const std::string& f) { InstallGroup(f); },
-        [this](const std::string& f) { Register(StrictInteger(f)); },
-        [this](const std::string& f) { ExecutePackage(StrictBoolean(f) ? -1 : 0); },
-        [this](const std::string& f) { InstallFileName(f); },
+    // A list holds many thousands of rows: the fields are read in place and
+    // each column goes straight into its member.
+    std::string_view fields[kColumns];
+    const size_t count = SplitAtCommas(row, fields);
+    using Assign = void (*)(ItemRecord&, std::string_view);
+    static constexpr Assign columns[kColumns] = {
+        [](ItemRecord& r, std::string_view f) { r.os_.assign(f); },
+        [](ItemRecord& r, std::string_view f) { r.source_.assign(f); },
+        [](ItemRecord& r, std::string_view f) { r.fileName_.assign(f); },
+        [](ItemRecord& r, std::string_view f) { r.version_.assign(f); },
+        [](ItemRecord& r, std::string_view f) { r.releaseDate_.assign(f); },
+        [](ItemRecord& r, std::string_view f) { r.crc_.assign(f); },
+        [](ItemRecord& r, std::string_view f) { r.description_.assign(f); },
+        [](ItemRecord& r, std::string_view f) { r.productname_.assign(f); },
+        [](ItemRecord& r, std::string_view f) { r.flag_ = LenientLong(f); },
+        [](ItemRecord& r, std::string_view f) { r.installSwitch_.assign(f); },
+        [](ItemRecord& r, std::string_view f) { r.uninstallSwitch_.assign(f); },
+        [](ItemRecord& r, std::string_view f) { r.localSource_.assign(f); },
+        [](ItemRecord& r, std::string_view f) { r.installFolder_.assign(f); },
+        [](ItemRecord& r, std::string_view f) { r.installGroup_.assign(f); },
+        [](ItemRecord& r, std::string_view f) { r.register_ = StrictInteger(f); },
+        [](ItemRecord& r, std::string_view f) { r.executePackage_ = StrictBoolean(f) ? -1 : 0; },
+        [](ItemRecord& r, std::string_view f) { r.installFileName_.assign(f); },
     };
-    for (size_t column = 0; column < 17 && column < fields.size(); ++column) {
+    for (size_t column = 0; column < count; ++column) {
         // Each column stands alone: one that cannot be read keeps its value
         // and the rest of the row is still taken.
         try {
-            columns[column](fields[column]);
+            columns[column](*this, fields[column]);
         } catch (const std::exception&) {
         }
     }

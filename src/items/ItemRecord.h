@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace corvan {
 
@@ -65,7 +66,7 @@ public:
     void Removed(int32_t value) { removed_ = AsBoolean(value); }
 
     // Parses one row into the item. Never fails.
-    void UniformString(const std::string& row);
+    void UniformString(std::string_view row);
     // Builds the row text; normalises InstallFolder on the way.
     std::string UniformString();
 

@@ -73,6 +73,8 @@ const Case kCases[] = {
      List({Row(kXP, "a.msi", "A2", "c:\\talo\\")}), false, true, true, false, {"C:\\TALO\\a.msi --"}},
     {"a key twice in the local list is no longer to remove", List({A, A}), List({B, C}), false, true, false, false,
      {"C:\\TALO\\a.msi --", "C:\\TALO\\b.dll D-", "C:\\TALO\\c.exe D-"}},
+    {"a row without a folder is under the default one", List({Row(kXP, "d.dll", "1", "")}),
+     List({Row(kXP, "d.dll", "1", "C:\\talo\\")}), false, true, true, false, {"C:\\talo\\d.dll --"}},
     {"with nothing local that applies, the server list loads as a first list", List({Row("Windows 98", "z.exe", "Z")}),
      List({A}), false, true, true, false, {"C:\\TALO\\a.msi -R"}},
 };

@@ -167,6 +167,11 @@ std::string Value(const std::string& path, const char* name = nullptr) {
     return data;
 }
 
+// The type library is registered per platform under one key that both
+// architectures share: unregistering one control leaves the other's entry.
+const std::string kTypeLibPlatform = std::string("TypeLib\\{E11AB144-7A14-4294-9F2D-2574EFBE0FC2}\\1.0\\0\\") +
+                                     (sizeof(void*) == 8 ? "win64" : "win32");
+
 TEST_F(Page, Regsvr32RegistersAndUnregistersTheShippedControl) {
     const std::string ocx = winbench::OutDir() + "\\CorvanInstaller.ocx";
     ASSERT_TRUE(winbench::FileExists(ocx)) << ocx;
@@ -191,14 +196,14 @@ TEST_F(Page, Regsvr32RegistersAndUnregistersTheShippedControl) {
     const std::string categories = clsid + "\\Implemented Categories\\";
     for (const std::string& key : {clsid + "\\Control", categories + "{7DD95801-9882-11CF-9FA9-00AA006C42C4}",
                                    categories + "{7DD95802-9882-11CF-9FA9-00AA006C42C4}",
-                                   std::string("TypeLib\\{E11AB144-7A14-4294-9F2D-2574EFBE0FC2}\\1.0\\0\\win64"),
+                                   kTypeLibPlatform,
                                    std::string("Interface\\{CF3D629D-1B7D-49FD-96DA-8F3B48662F46}")})
         EXPECT_TRUE(KeyExists(key)) << key;
 
     ASSERT_TRUE(Regsvr32(ocx, true));
     for (const std::string& key : {clsid, std::string("CorvanInstaller.ManageClient"),
                                    std::string("CorvanInstaller.ManageClient.1"),
-                                   std::string("TypeLib\\{E11AB144-7A14-4294-9F2D-2574EFBE0FC2}")})
+                                   kTypeLibPlatform})
         EXPECT_FALSE(KeyExists(key)) << key;
 }
 

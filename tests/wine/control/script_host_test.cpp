@@ -19,12 +19,17 @@ TEST_F(Page, JScriptCreatesTheControlRunsMode0AndReadsUsersGroupsBack) {
                              "var result = control.Run(0);\r\n"
                              "WScript.Echo(\"result=\" + typeof(result));\r\n"
                              "WScript.Echo(\"groups=\" + control.UsersGroups);\r\n"
-                             "WScript.Echo(\"window=\" + control.hwnd);\r\n");
+                             "WScript.Echo(\"window=\" + control.hwnd);\r\n"
+                             "var shell = new ActiveXObject(\"WScript.Shell\");\r\n"
+                             "WScript.Echo(\"host=\" + shell.ExpandEnvironmentStrings(\"%PROCESSOR_ARCHITECTURE%\"));\r\n");
     winbench::ChildResult run = winbench::RunAndWait("cscript.exe //nologo \"" + script + "\"");
     ASSERT_EQ(run.exitCode, 0) << run.output;
     EXPECT_NE(run.output.find("result=undefined"), std::string::npos) << run.output;
     EXPECT_NE(run.output.find("groups=Dealers;Service"), std::string::npos) << run.output;
     EXPECT_NE(run.output.find("window=0"), std::string::npos) << run.output;
+    // The script host of our own architecture: on x86 the 32-bit one, which
+    // loads the 32-bit server from the 32-bit registry view.
+    EXPECT_NE(run.output.find(sizeof(void*) == 4 ? "host=x86" : "host=AMD64"), std::string::npos) << run.output;
 
     // The log it leaves, to the character. The script host's module handle
     // and thread are its own; they must be plain decimal numbers.

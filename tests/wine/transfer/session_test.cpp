@@ -51,11 +51,15 @@ TEST(Session, FileSizeFromFindDataReadsBothHalvesSigned) {
     EXPECT_EQ(clsFTP::FtpFileGetFileSize(found), -1.0);
 }
 
+// WinINet calls its status callback as CALLBACK (stdcall on x86): a lambda
+// has the default convention and does not convert.
+static void CALLBACK NoStatus(HINTERNET, DWORD_PTR, DWORD, LPVOID, DWORD) {}
+
 TEST(Session, StatusCallbackPair) {
     clsFTP ftp;
     HINTERNET session = InternetOpenA("t", INTERNET_OPEN_TYPE_DIRECT, nullptr, nullptr, 0);
     ASSERT_NE(session, nullptr);
-    auto callback = [](HINTERNET, DWORD_PTR, DWORD, LPVOID, DWORD) {};
+    INTERNET_STATUS_CALLBACK callback = NoStatus;
     EXPECT_EQ(ftp.SetStatusCallBack(session, callback), nullptr);
     EXPECT_EQ(ftp.SetStatusCallBack(session, callback), callback);
     ftp.RemoveStatusCallback(session);
