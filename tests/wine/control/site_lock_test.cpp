@@ -6,6 +6,7 @@
 #include <servprov.h>
 #include <shlguid.h>
 
+#include "container_site.h"
 #include "control/bstr_text.h"
 #include "probe_server.h"
 
@@ -33,26 +34,18 @@ public:
     }
 };
 
-class BrowserSite : public IOleClientSite, public IServiceProvider {
+// A browser's site: the container's, plus the browser object behind it.
+class BrowserSite : public Site, public IServiceProvider {
 public:
+    BrowserSite() : Site(nullptr) {}
     Browser browser;
     STDMETHODIMP QueryInterface(REFIID riid, void** out) override {
-        if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IOleClientSite))
-            *out = static_cast<IOleClientSite*>(this);
-        else if (IsEqualIID(riid, IID_IServiceProvider))
-            *out = static_cast<IServiceProvider*>(this);
-        else
-            *out = nullptr;
-        return *out ? S_OK : E_NOINTERFACE;
+        if (!IsEqualIID(riid, IID_IServiceProvider)) return Site::QueryInterface(riid, out);
+        *out = static_cast<IServiceProvider*>(this);
+        return S_OK;
     }
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
-    STDMETHODIMP SaveObject() override { return S_OK; }
-    STDMETHODIMP GetMoniker(DWORD, DWORD, IMoniker**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetContainer(IOleContainer** container) override { *container = nullptr; return E_NOINTERFACE; }
-    STDMETHODIMP ShowObject() override { return S_OK; }
-    STDMETHODIMP OnShowWindow(BOOL) override { return S_OK; }
-    STDMETHODIMP RequestNewObjectLayout() override { return E_NOTIMPL; }
+    STDMETHODIMP_(ULONG) AddRef() override { return Site::AddRef(); }
+    STDMETHODIMP_(ULONG) Release() override { return Site::Release(); }
     STDMETHODIMP QueryService(REFGUID service, REFIID riid, void** out) override {
         if (!IsEqualGUID(service, SID_SWebBrowserApp)) return E_NOINTERFACE;
         return browser.QueryInterface(riid, out);
@@ -91,7 +84,7 @@ TEST_F(Page, InsideABrowserOnlyHttpsPagesOfApprovedHostsRunTheControl) {
     auto ole = control.As<IOleObject>(IID_IOleObject);
     ASSERT_TRUE(ole);
     BrowserSite site;
-    ASSERT_EQ(ole->SetClientSite(&site), S_OK);
+    ASSERT_EQ(ole->SetClientSite(static_cast<IOleClientSite*>(&site)), S_OK);
     for (const Case& c : cases) {
         SCOPED_TRACE(c.page);
         SetPolicy(c.policy);
