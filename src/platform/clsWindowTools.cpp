@@ -9,6 +9,7 @@
 #include "common/failure.h"
 #include "common/text.h"
 #include "platform/clsRegistry.h"
+#include "platform/group_walk.h"
 #include "platform/guid_text.h"
 #include "platform/reg_variant.h"
 
@@ -38,11 +39,6 @@ std::string RemoveAll(std::string text, const std::string& word) {
     for (size_t at = text.find(word); at != std::string::npos; at = text.find(word, at)) text.erase(at, word.size());
     return text;
 }
-
-// The group record the membership test walks: a count and room for 101
-// pairs. A token with more groups than that fails with "Subscript out of
-// range" instead of being read past the record's end.
-constexpr size_t kGroupRoom = 101;
 
 }  // namespace
 
@@ -136,16 +132,12 @@ bool clsWindowTools::IsAdmin() const {
     } freer{administrators};
     if (!IsValidSid(administrators)) return false;
 
-    // The walk goes one pair past the count; that pair holds no group, so it
-    // is read as an empty slot. Attributes are not looked at: a deny-only
-    // Administrators group still counts.
-    for (DWORD index = 0; index <= groups->GroupCount; ++index) {
-        if (index >= kGroupRoom) throw RuntimeError(error::kSubscriptOutOfRange, "CorvanInstaller");
-        if (index == groups->GroupCount) break;
+    // Attributes are not looked at: a deny-only Administrators group still
+    // counts.
+    return AnyGroupIsAdministrators(groups->GroupCount, [&](size_t index) {
         PSID sid = groups->Groups[index].Sid;
-        if (sid && IsValidSid(sid) && EqualSid(sid, administrators)) return true;
-    }
-    return false;
+        return sid && IsValidSid(sid) && EqualSid(sid, administrators);
+    });
 }
 
 std::string clsWindowTools::GenerateGUID() const {

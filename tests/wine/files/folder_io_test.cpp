@@ -209,16 +209,25 @@ TEST(FolderIO, CopyAndDeleteReportErrorNumbers) {
     EXPECT_EQ(folder.Delete(true, false), 76) << "already gone";
 }
 
+// The browser shows "Please select a folder:"; cancelling it gives an empty
+// text.
 TEST(FolderIO, CancelledBrowserGivesEmptyText) {
     ScriptedDesktop desktop;
     clsFolderIO folder(desktop);
-    std::thread canceller([] {
+    std::vector<std::string> texts;  // of the dialog's own windows, read before it is cancelled
+    std::thread canceller([&texts] {
         for (int i = 0; i < 400; ++i) {
             Sleep(50);
             HWND box = FindWindowA("#32770", nullptr);
             DWORD pid = 0;
             if (box) GetWindowThreadProcessId(box, &pid);
             if (box && pid == GetCurrentProcessId()) {
+                EnumChildWindows(box, [](HWND child, LPARAM found) {
+                    char text[256] = {};
+                    GetWindowTextA(child, text, sizeof text);
+                    reinterpret_cast<std::vector<std::string>*>(found)->push_back(text);
+                    return TRUE;
+                }, reinterpret_cast<LPARAM>(&texts));
                 PostMessageA(box, WM_COMMAND, IDCANCEL, 0);
                 return;
             }
@@ -226,4 +235,6 @@ TEST(FolderIO, CancelledBrowserGivesEmptyText) {
     });
     EXPECT_EQ(folder.GetFolder(nullptr), "");
     canceller.join();
+    EXPECT_NE(std::find(texts.begin(), texts.end(), "Please select a folder:"), texts.end())
+        << (texts.empty() ? "no dialog appeared" : testing::PrintToString(texts));
 }
