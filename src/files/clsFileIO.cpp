@@ -25,7 +25,7 @@ std::string clsFileIO::GetFolder(HWND owner) const { return BrowseForFolder(owne
 clsFileIO::Facts clsFileIO::FileInfo() const {
     WIN32_FILE_ATTRIBUTE_DATA data{};
     if (!GetFileAttributesExA(path_.c_str(), GetFileExInfoStandard, &data))
-        throw FileFailure(GetLastError(), "clsFileIO.FileInfo");
+        throw LastFileFailure("clsFileIO.FileInfo");
     Facts facts;
     facts.size = (int64_t(data.nFileSizeHigh) << 32) | data.nFileSizeLow;
     facts.attributes = data.dwFileAttributes;

@@ -102,7 +102,7 @@ int32_t clsFolderIO::Move(const std::string& destination, bool confirm) {
             if (!Confirm("Are you sure you want to move the selected directory?")) return 0;
             const std::string& from = Current("clsFolderIO.Move");
             const std::string to = TargetOf(from, destination);
-            if (!MoveFileExA(from.c_str(), to.c_str(), 0)) throw FileFailure(GetLastError(), "clsFolderIO.Move");
+            if (!MoveFileExA(from.c_str(), to.c_str(), 0)) throw LastFileFailure("clsFolderIO.Move");
             folder_ = to;
             return 0;
         }
@@ -157,7 +157,7 @@ std::string clsFolderIO::GetFolder(HWND owner) const { return BrowseForFolder(ow
 std::string clsFolderIO::CreateFolder(const std::string& name) {
     const std::string& folder = Current("clsFolderIO.CreateFolder");
     const std::string child = (folder.back() == '\\' ? folder : folder + "\\") + name;
-    if (!CreateDirectoryA(child.c_str(), nullptr)) throw FileFailure(GetLastError(), "clsFolderIO.CreateFolder");
+    if (!CreateDirectoryA(child.c_str(), nullptr)) throw LastFileFailure("clsFolderIO.CreateFolder");
     return child;
 }
 

@@ -136,16 +136,16 @@ void DeleteAll(const std::string& folder, bool force, const char* source) {
             return;
         }
         if (e.dwFileAttributes & FILE_ATTRIBUTE_READONLY) SetFileAttributesA(child.c_str(), FILE_ATTRIBUTE_NORMAL);
-        if (!DeleteFileA(child.c_str())) throw FileFailure(GetLastError(), source);
+        if (!DeleteFileA(child.c_str())) throw LastFileFailure(source);
     }, source);
-    if (!RemoveDirectoryA(folder.c_str())) throw FileFailure(GetLastError(), source);
+    if (!RemoveDirectoryA(folder.c_str())) throw LastFileFailure(source);
 }
 
 // A folder link goes as a directory does, which takes the link and leaves
 // what it points to.
 void RemoveLink(const std::string& link, DWORD attributes, const char* source) {
     if (attributes & FILE_ATTRIBUTE_READONLY) SetFileAttributesA(link.c_str(), attributes & ~FILE_ATTRIBUTE_READONLY);
-    if (!RemoveDirectoryA(link.c_str())) throw FileFailure(GetLastError(), source);
+    if (!RemoveDirectoryA(link.c_str())) throw LastFileFailure(source);
 }
 
 void CopyAll(const std::string& folder, const std::string& target, bool overwrite, const char* source) {
@@ -161,7 +161,7 @@ void CopyAll(const std::string& folder, const std::string& target, bool overwrit
         if (e.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
             CopyAll(from, to, overwrite, source);
         } else if (!CopyFileA(from.c_str(), to.c_str(), overwrite ? FALSE : TRUE)) {
-            throw FileFailure(GetLastError(), source);
+            throw LastFileFailure(source);
         }
     }, source);
 }

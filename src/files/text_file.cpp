@@ -22,7 +22,7 @@ void WriteAllOrFail(HANDLE file, const std::string& text, const char* source) {
     while (done < text.size()) {
         const DWORD chunk = static_cast<DWORD>(std::min<size_t>(text.size() - done, 1u << 20));
         DWORD written = 0;
-        if (!WriteFile(file, text.data() + done, chunk, &written, nullptr)) throw FileFailure(GetLastError(), source);
+        if (!WriteFile(file, text.data() + done, chunk, &written, nullptr)) throw LastFileFailure(source);
         if (written == 0) throw FileFailure(ERROR_DISK_FULL, source);
         done += written;
     }
@@ -33,16 +33,16 @@ void WriteAllOrFail(HANDLE file, const std::string& text, const char* source) {
 std::string ReadAll(const std::string& path, const char* source) {
     UniqueHandle file(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                   nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file.Valid()) throw FileFailure(GetLastError(), source);
+    if (!file.Valid()) throw LastFileFailure(source);
     LARGE_INTEGER size{};
-    if (!GetFileSizeEx(file.Get(), &size)) throw FileFailure(GetLastError(), source);
+    if (!GetFileSizeEx(file.Get(), &size)) throw LastFileFailure(source);
     if (size.QuadPart > std::numeric_limits<int32_t>::max()) throw RuntimeError(error::kOverflow, source);
     std::string text(static_cast<size_t>(size.QuadPart), '\0');
     size_t done = 0;
     while (done < text.size()) {
         DWORD got = 0;
         if (!ReadFile(file.Get(), text.data() + done, static_cast<DWORD>(text.size() - done), &got, nullptr))
-            throw FileFailure(GetLastError(), source);
+            throw LastFileFailure(source);
         if (got == 0) break;  // shorter than it was a moment ago
         done += got;
     }
@@ -53,7 +53,7 @@ std::string ReadAll(const std::string& path, const char* source) {
 void CreateIfMissing(const std::string& path, const char* source) {
     UniqueHandle file(CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                   nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file.Valid()) throw FileFailure(GetLastError(), source);
+    if (!file.Valid()) throw LastFileFailure(source);
 }
 
 void ReplaceAll(const std::string& path, const std::string& text, const char* source) {
@@ -63,17 +63,17 @@ void ReplaceAll(const std::string& path, const std::string& text, const char* so
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY)))
         throw FileFailure(ERROR_ACCESS_DENIED, source);
     char temp[MAX_PATH + 1] = {};
-    if (GetTempFileNameA(FolderOf(path).c_str(), "cvn", 0, temp) == 0) throw FileFailure(GetLastError(), source);
+    if (GetTempFileNameA(FolderOf(path).c_str(), "cvn", 0, temp) == 0) throw LastFileFailure(source);
     bool moved = false;
     try {
         {
             UniqueHandle file(CreateFileA(temp, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-            if (!file.Valid()) throw FileFailure(GetLastError(), source);
+            if (!file.Valid()) throw LastFileFailure(source);
             WriteAllOrFail(file.Get(), text, source);
-            if (!FlushFileBuffers(file.Get())) throw FileFailure(GetLastError(), source);
+            if (!FlushFileBuffers(file.Get())) throw LastFileFailure(source);
         }
         if (!MoveFileExA(temp, path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
-            throw FileFailure(GetLastError(), source);
+            throw LastFileFailure(source);
         moved = true;
     } catch (...) {
         if (!moved) DeleteFileA(temp);

@@ -30,4 +30,9 @@ Failure FileFailure(DWORD code, std::string source) {
     }
 }
 
+Failure LastFileFailure(const char* source) {
+    const DWORD code = GetLastError();
+    return FileFailure(code, source);
+}
+
 }  // namespace corvan

@@ -209,6 +209,15 @@ TEST(FolderIO, CopyAndDeleteReportErrorNumbers) {
     EXPECT_EQ(folder.Delete(true, false), 76) << "already gone";
 }
 
+// Adds a window's text to the vector at `texts` (a WNDENUMPROC: stdcall on
+// x86, which a lambda does not convert to).
+BOOL CALLBACK KeepText(HWND window, LPARAM texts) {
+    char text[256] = {};
+    GetWindowTextA(window, text, sizeof text);
+    reinterpret_cast<std::vector<std::string>*>(texts)->push_back(text);
+    return TRUE;
+}
+
 // The browser shows "Please select a folder:"; cancelling it gives an empty
 // text.
 TEST(FolderIO, CancelledBrowserGivesEmptyText) {
@@ -222,12 +231,7 @@ TEST(FolderIO, CancelledBrowserGivesEmptyText) {
             DWORD pid = 0;
             if (box) GetWindowThreadProcessId(box, &pid);
             if (box && pid == GetCurrentProcessId()) {
-                EnumChildWindows(box, [](HWND child, LPARAM found) {
-                    char text[256] = {};
-                    GetWindowTextA(child, text, sizeof text);
-                    reinterpret_cast<std::vector<std::string>*>(found)->push_back(text);
-                    return TRUE;
-                }, reinterpret_cast<LPARAM>(&texts));
+                EnumChildWindows(box, &KeepText, reinterpret_cast<LPARAM>(&texts));
                 PostMessageA(box, WM_COMMAND, IDCANCEL, 0);
                 return;
             }
