@@ -345,9 +345,11 @@ TEST(FolderIO, CancelledBrowserGivesEmptyText) {
         winbench::WaitFor([&] {
             DWORD pid = 0;
             box = FindWindowA("#32770", nullptr);
-            return box && GetWindowThreadProcessId(box, &pid) && pid == GetCurrentProcessId();
+            if (!box || !GetWindowThreadProcessId(box, &pid) || pid != GetCurrentProcessId()) return false;
+            texts.clear();
+            EnumChildWindows(box, &KeepText, reinterpret_cast<LPARAM>(&texts));
+            return std::find(texts.begin(), texts.end(), "Please select a folder:") != texts.end();
         }, 20000);
-        EnumChildWindows(box, &KeepText, reinterpret_cast<LPARAM>(&texts));
         PostMessageA(box, WM_COMMAND, IDCANCEL, 0);
     });
     EXPECT_EQ(folder.GetFolder(nullptr), "");
