@@ -5,22 +5,14 @@
 #include "engine/packing_list_comparison.h"
 
 using namespace corvan;
+using unit_table::Split;
 
 namespace {
-
-std::vector<std::string> Split(const std::string& text, char at) {
-    std::vector<std::string> parts;
-    for (size_t start = 0, end;; start = end + 1) {
-        end = text.find(at, start);
-        parts.push_back(text.substr(start, end - start));
-        if (end == std::string::npos) return parts;
-    }
-}
 
 // OS/FileName/CRC[/folder[/Flag[/LocalSource]]] as a whole row; rows end in CR LF.
 std::string List(const std::string& shorthand) {
     std::string text;
-    for (const std::string& row : shorthand.empty() ? std::vector<std::string>{} : Split(shorthand, ';')) {
+    for (const std::string& row : Split(shorthand, ';')) {
         std::vector<std::string> p = Split(unit_table::Decode(row), '/');
         const size_t given = p.size();
         p.resize(6);

@@ -17,6 +17,7 @@
 #endif
 
 namespace fs = std::filesystem;
+using unit_table::Split;
 
 namespace {
 
@@ -35,15 +36,6 @@ std::string ReadAll(const std::string& path) {
     std::ostringstream text;
     text << std::ifstream(path, std::ios::binary).rdbuf();
     return text.str();
-}
-
-std::vector<std::string> Split(const std::string& text, char at) {
-    std::vector<std::string> parts;
-    for (size_t start = 0, end; !text.empty(); start = end + 1) {
-        parts.push_back(text.substr(start, (end = text.find(at, start)) - start));
-        if (end == std::string::npos) break;
-    }
-    return parts;
 }
 
 std::string Replace(std::string text, const std::string& from, const std::string& to) {
