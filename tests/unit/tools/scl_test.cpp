@@ -245,7 +245,9 @@ TEST(SclFileVersion, ReadsThePortableExecutablesVersionResource) {
 #ifdef _WIN32
         // The same text the file object takes from the system's version functions.
         corvan::clsFileIO file;
-        if (file.OpenFile(path)) EXPECT_EQ(file.VersionNumber(), version.value_or("0.0.0.0")) << path;
+        if (file.OpenFile(path)) {
+            EXPECT_EQ(file.VersionNumber(), version.value_or("0.0.0.0")) << path;
+        }
 #endif
     }
 }
