@@ -9,14 +9,11 @@
 
 using namespace corvan;
 
-// Every field two digits (four for the year), hours 00 to 23.
-TEST(LogLine, HasTheExactShape) {
+// A log line's fields two digits each (four for the year), hours 00 to 23;
+// each value of a trace ends with a tab, arrays expand.
+TEST(LogAndTrace, TextsHaveTheExactShape) {
     EXPECT_EQ(FormatLogLine({2026, 1, 2, 3, 4, 5}, "Hello"), "TimeStamp: 01/02/2026 - 03:04:05\tHello\r\n");
     EXPECT_EQ(FormatLogLine({1999, 12, 31, 23, 59, 58}, "\r\n"), "TimeStamp: 12/31/1999 - 23:59:58\t\r\n\r\n");
-}
-
-TEST(TraceText, ValuesEachEndWithATabAndArraysExpand) {
-    EXPECT_EQ(BuildTraceBody({"a", "b"}), "a\tb\t");
     EXPECT_EQ(BuildTraceBody({}), "");
     EXPECT_EQ(BuildTraceBody({std::string("x"), std::vector<std::string>{"1", "2"}, 7, true, false}),
               "x\t1\t2\t7\tTrue\tFalse\t");
