@@ -4,7 +4,7 @@
 #include <functional>
 #include <map>
 
-#include "../table.h"
+#include "../harness.h"
 #include "common/conversions.h"
 #include "common/keyed_collection.h"
 #include "common/text.h"

@@ -1,7 +1,7 @@
 // The comparison of packing lists, case by case (comparison.txt).
 #include <gtest/gtest.h>
 
-#include "../table.h"
+#include "../harness.h"
 #include "engine/packing_list_comparison.h"
 
 using namespace corvan;

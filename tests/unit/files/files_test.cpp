@@ -1,10 +1,7 @@
 // The block stream a file's checksum is read through, and the checksum.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <random>
-
+#include "../harness.h"
 #include "files/cBinaryFileStream.h"
 #include "files/cCRC32.h"
 #include "files/crc32_kernels.h"
@@ -22,15 +19,11 @@ std::vector<uint8_t> RandomBytes(size_t size, uint32_t seed) {
     return bytes;
 }
 
-// A file of random bytes in the temporary folder, removed with the object.
-struct TempFile {
+// A file of random bytes in a scratch folder.
+struct TempFile : unit_table::Scratch {
     const std::vector<uint8_t> bytes;
-    const std::string path = (std::filesystem::temp_directory_path() /
-                              ("corvan-files-" + std::to_string(std::random_device()()) + ".bin")).string();
-    TempFile(size_t size, uint32_t seed) : bytes(RandomBytes(size, seed)) {
-        std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(size));
-    }
-    ~TempFile() { std::filesystem::remove(path); }
+    const std::string path = Write("file.bin", std::string(bytes.begin(), bytes.end()));
+    TempFile(size_t size, uint32_t seed) : bytes(RandomBytes(size, seed)) {}
 };
 
 uint32_t Crc(uint32_t (*update)(uint32_t, const uint8_t*, size_t), const uint8_t* data, size_t size) {

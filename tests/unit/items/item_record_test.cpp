@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "../table.h"
+#include "../harness.h"
 #include "items/ItemRecord.h"
 
 using corvan::ItemRecord;

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
 
+#include "../harness.h"
 #include "logging/clsLog.h"
 #include "logging/log_line.h"
 #include "logging/trace_text.h"
@@ -25,19 +25,17 @@ TEST(LogAndTrace, TextsHaveTheExactShape) {
 // Two controls on two threads run sessions on the one log of the process: a
 // close on one thread never meets a write on the other.
 TEST(ClsLog, SessionsOnTwoThreadsShareTheLogSafely) {
-    const std::filesystem::path dir = std::filesystem::temp_directory_path() / "corvan-log-threads";
-    std::filesystem::create_directories(dir);
+    const unit_table::Scratch scratch;
     // A write while the other thread has closed the log opens the default
     // file, which is relative to the current folder here.
     const std::filesystem::path before = std::filesystem::current_path();
-    std::filesystem::current_path(dir);
+    std::filesystem::current_path(scratch.dir);
     clsLog log;
     auto session = [&](int) {
-        log.OpenLogFile("SC_Install.log", dir.string() + "/", true);
+        log.OpenLogFile("SC_Install.log", scratch.dir + "/", true);
         log.WriteLogEvent("a line long enough to be more than a few bytes of the file");
         log.CloseLogFile();
     };
     testing_support::RunTogether(3000, session, session);
     std::filesystem::current_path(before);
-    std::filesystem::remove_all(dir);
 }

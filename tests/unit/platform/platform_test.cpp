@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "../table.h"
+#include "../harness.h"
 #include "platform/group_walk.h"
 #include "platform/guid_text.h"
 #include "platform/legacy_products.h"

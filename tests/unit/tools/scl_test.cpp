@@ -2,12 +2,7 @@
 // the cases of scl.txt, and the version resources of real PE files.
 #include <nlohmann/json.hpp>
 
-#include <filesystem>
-#include <fstream>
-#include <random>
-#include <sstream>
-
-#include "../table.h"
+#include "../harness.h"
 #include "engine/packing_list_comparison.h"
 #include "files/cCRC32.h"
 #include "tools/scl/cli.h"
@@ -17,6 +12,7 @@
 #endif
 
 namespace fs = std::filesystem;
+using unit_table::ReadAll;
 using unit_table::Split;
 
 namespace {
@@ -29,28 +25,13 @@ SclRun Scl(const std::vector<std::string>& args) {
     return {code, out.str(), err.str()};
 }
 
-std::string ReadAll(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-}
-
-// A folder of packages and their manifest, as a publisher keeps them, in a
-// folder of its own that goes with the object.
-struct Packages {
-    const std::string dir = (fs::temp_directory_path() / ("corvan-scl-" + std::to_string(std::random_device()()))).string();
+// A folder of packages and their manifest, as a publisher keeps them.
+struct Packages : unit_table::Scratch {
     const std::string manifest = Path("packing.toml");
     explicit Packages(const std::string& toml = ReadAll(UNIT_DATA "/manifest.toml")) {
-        fs::create_directories(dir);
         Write("CorvanClient.msi", "an installer database");
         fs::copy_file(SCL_FIXTURES "/versioned64.dll", Path("Viewer.dll"));
         Write("packing.toml", toml);
-    }
-    ~Packages() { fs::remove_all(dir); }
-    std::string Path(const std::string& name) const { return (fs::path(dir) / name).string(); }
-    std::string Write(const std::string& name, const std::string& bytes) const {
-        std::ofstream(Path(name), std::ios::binary) << bytes;
-        return Path(name);
     }
     std::string Fill(std::string text) const {  // {folder}, and {name} for a file of the folder
         for (size_t at, end; (at = text.find('{')) != std::string::npos;) {
@@ -215,7 +196,7 @@ TEST(SclPlan, TellsWhatTheRunDoesItemByItem) {
 }
 
 TEST(SclFileVersion, ReadsThePortableExecutablesVersionResource) {
-    Packages scratch;
+    unit_table::Scratch scratch;
     const std::string truncated = scratch.Write("truncated.dll", ReadAll(SCL_FIXTURES "/versioned64.dll").substr(0, 600));
     const std::pair<std::string, std::optional<std::string>> cases[] = {
         {SCL_FIXTURES "/versioned64.dll", "1.2.3.4"}, {SCL_FIXTURES "/versioned32.dll", "65535.0.7.8"},

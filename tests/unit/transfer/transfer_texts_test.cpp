@@ -2,7 +2,7 @@
 
 #include <map>
 
-#include "../table.h"
+#include "../harness.h"
 #include "transfer/retry_policy.h"
 #include "transfer/transfer_texts.h"
 
