@@ -56,6 +56,23 @@ inline std::string Decode(std::string text) {
     return text;
 }
 
+// Packing-list rows in short: rows separated by ";" (an empty one a blank
+// line), each its values separated by "/" for the columns `columns` names, in
+// that order, of `base`, whose other columns stay; InstallFileName (16) is
+// FileName (2). Each row ends in CR LF; "=" starts a list taken as it stands.
+inline std::string Rows(const std::string& shorthand, const std::string& base, const std::vector<int>& columns) {
+    if (shorthand.rfind('=', 0) == 0) return shorthand.substr(1);
+    std::string text;
+    for (const std::string& row : Split(shorthand, ';')) {
+        std::vector<std::string> fields = Split(base, ','), values = Split(Decode(row), '/');
+        for (size_t i = 0; i < values.size(); ++i) fields[columns[i]] = values[i];
+        fields[16] = fields[2];
+        for (size_t i = 0; !values.empty() && i < fields.size(); ++i) text += (i ? "," : "") + fields[i];
+        text += "\r\n";
+    }
+    return text;
+}
+
 #ifdef UNIT_DATA
 struct Row {
     std::string where;  // file:line, for failure messages

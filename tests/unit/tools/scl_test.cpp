@@ -160,21 +160,9 @@ TEST(SclLint, ReportsEachTrapWithItsLineAndColumn) {
     }
 }
 
-// FileName/CRC[/OS[/Productname[/InstallGroup[/Flag]]]] rows, "+" a blank
-// row, "=" a list as it stands.
+// FileName/CRC[/OS[/Productname[/InstallGroup[/Flag]]]] rows (harness.h).
 std::string PlanList(const std::string& shorthand) {
-    if (shorthand.rfind('=', 0) == 0) return shorthand.substr(1);
-    std::string text;
-    for (const std::string& row : Split(shorthand, ';')) {
-        std::vector<std::string> r = Split(unit_table::Decode(row), '/');
-        r.resize(6);
-        if (r[0] != "+")
-            text += (r[2].empty() ? "Windows XP" : r[2]) + ",https://h/installer/," + r[0] + ",1.0,d," + r[1] + ",desc," +
-                    (r[3].empty() ? "Prod" : r[3]) + "," + (r[5].empty() ? "0" : r[5]) + ",/qn,/x,,C:\\TALO\\," + r[4] +
-                    ",0,-1," + r[0];
-        text += "\r\n";
-    }
-    return text;
+    return unit_table::Rows(shorthand, "Windows XP,https://h/installer/,,1.0,d,,desc,Prod,0,/qn,/x,,C:\\TALO\\,,0,-1,", {2, 5, 0, 7, 13, 8});
 }
 
 TEST(SclPlan, TellsWhatTheRunDoesItemByItem) {
