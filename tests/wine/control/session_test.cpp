@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <functional>
 #include <optional>
@@ -16,10 +17,11 @@
 #include "control/ManageClient.h"
 #include "control/StatusReport.h"
 #include "control/WindowsDesktop.h"
-#include "control/connection_point.h"
+#include "corvan/build_config.h"
 #include "failing_allocation.h"
 #include "logging/modTrace.h"
 #include "logging/write_log.h"
+#include "platform/clsWindowTools.h"
 #include "recording_engine.h"
 #include "scripted_desktop.h"
 #include "session_log.h"
@@ -78,6 +80,14 @@ struct PageEvents : corvan::ManageClientEvents {
     }
 };
 
+void PumpFor(DWORD milliseconds) {
+    MSG message;
+    for (DWORD until = GetTickCount() + milliseconds; static_cast<int>(until - GetTickCount()) > 0;) {
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
+        while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageA(&message);
+    }
+}
+
 // ---- the sessions of sessions.txt ----
 
 struct Line {
@@ -113,6 +123,8 @@ Texts Split(const std::string& text) {  // "a | b"; "" is no part
     return parts;
 }
 
+constexpr char kDefaultLog[] = "C:\\CorvanInstaller-LogFile.log";  // outside a session
+
 class Sessions : public ::testing::TestWithParam<Case> {};
 
 TEST_P(Sessions, Run) {
@@ -125,6 +137,16 @@ TEST_P(Sessions, Run) {
     size_t journaled = 0;
     const size_t traced = traces.size();
     const std::string reported = corvan::ProcessStatusReport().Text();
+    corvan::clsWindowTools tools;
+    const std::pair<const char*, std::string> machine[] = {
+        {"{instance}", std::to_string(reinterpret_cast<uintptr_t>(corvan::ThisModule()))},
+        {"{thread}", std::to_string(GetCurrentThreadId())}, {"{version}", CORVAN_VERSION_TEXT},
+        {"{os}", tools.VersionName()}, {"{os version}", tools.VersionNo()}, {"{sp}", tools.ServicePack()},
+        {"{build}", tools.BuildNo()}};
+    Texts wholeLog;
+    char temporary[MAX_PATH] = {};
+    std::vector<HWND> prompts;
+    HWND noToAll = nullptr;
     auto play = [&] {  // the steps given since the last call become the script
         if (!script.empty()) RecordingEngineSetScript(script.c_str());
         script.clear();
@@ -136,7 +158,8 @@ TEST_P(Sessions, Run) {
     };
     for (const Line& line : GetParam().lines) {
         SCOPED_TRACE(line.keyword + " " + line.text);
-        const std::string &k = line.keyword, &t = line.text;
+        const std::string& k = line.keyword;
+        std::string t = line.text;
         const Texts parts = Split(t);
         if (k == "engine") {
             script += t + "\n";
@@ -146,6 +169,26 @@ TEST_P(Sessions, Run) {
             made();
         } else if (k == "groups") {
             made().UsersGroups(t);
+        } else if (k == "nolog") {
+            DeleteFileA(kDefaultLog);
+            ASSERT_TRUE(CreateDirectoryA(kDefaultLog, nullptr) || GetLastError() == ERROR_ALREADY_EXISTS);
+            GetEnvironmentVariableA("TMP", temporary, MAX_PATH);
+            SetEnvironmentVariableA("TMP", "C:\\no\\such\\folder");
+            corvan::GlobalLog().CloseLogFile();
+        } else if (k == "prompt") {
+            prompts.push_back(CreateWindowExA(0, "#32770", "Confirm File Replace", WS_OVERLAPPED | WS_VISIBLE, 0, 0, 300,
+                                              120, nullptr, nullptr, nullptr, nullptr));
+            if (t != "bare")
+                noToAll = CreateWindowExA(0, "Button", "No to &All", WS_CHILD | WS_VISIBLE | BS_AUTORADIOBUTTON, 10, 10,
+                                          100, 30, prompts.back(), nullptr, nullptr, nullptr);
+        } else if (k == "wait") {
+            PumpFor(std::stoi(t));
+        } else if (k == "starve") {
+            page.onStatus = [t](const std::string& status) {
+                if (status != t) return;
+                testing_support::AllocationsFail memoryRunsOut;
+                PumpFor(300);
+            };
         } else if (k == "reenter") {
             page.onStatus = [&control, t](const std::string& status) {
                 if (status != t) return;
@@ -181,21 +224,23 @@ TEST_P(Sessions, Run) {
             EXPECT_EQ(shown, expected);
         } else if (k == "pumped") {
             EXPECT_GE(desktop.pumps, 1);
-        } else if (k == "sessions") {
-            std::stringstream fields(t);
-            int count = 0;
-            std::string status, groups;
-            fields >> count >> status >> groups;
-            const Texts one = ExpectedSession(status, groups, std::to_string(reinterpret_cast<uintptr_t>(corvan::ThisModule())),
-                                              std::to_string(GetCurrentThreadId()));
-            Texts all;
-            for (int i = 0; i < count; ++i) all.insert(all.end(), one.begin(), one.end());
-            EXPECT_EQ(LogMessages(), all);
+        } else if (k == "logline") {
+            for (const auto& [name, value] : machine)
+                for (size_t at; (at = t.find(name)) != std::string::npos;) t.replace(at, strlen(name), value);
+            wholeLog.push_back(t);
         } else if (k == "log") {
             const Texts log = LogMessages();
             ASSERT_GE(log.size(), 16u) << testing::PrintToString(log);
             EXPECT_EQ(Texts(log.begin() + 13, log.end() - 3), parts);
             EXPECT_EQ(log[log.size() - 3].rfind("----------------------------END OF ", 0), 0u);
+        } else if (k == "answered") {
+            EXPECT_EQ(SendMessageA(noToAll, BM_GETCHECK, 0, 0), t == "yes" ? BST_CHECKED : BST_UNCHECKED);
+        } else if (k == "noted") {
+            EXPECT_FALSE(TracesOf({std::to_string(reinterpret_cast<uintptr_t>(prompts.back())) +
+                                   " - Found Confirm File Replace window (#32770)...closing it now."},
+                                  traced)
+                             .empty());
+            EXPECT_TRUE(IsWindow(prompts.back()));
         } else if (k == "traces") {
             EXPECT_EQ(TracesOf(parts, traced), parts);
         } else if (k == "report") {
@@ -216,7 +261,12 @@ TEST_P(Sessions, Run) {
             ADD_FAILURE() << "unknown line";
         }
     }
+    if (!wholeLog.empty()) {
+        EXPECT_EQ(LogMessages(), wholeLog);
+    }
     if (!file.empty()) DeleteFileA(file.c_str());
+    if (temporary[0]) SetEnvironmentVariableA("TMP", temporary), RemoveDirectoryA(kDefaultLog);
+    for (HWND prompt : prompts) DestroyWindow(prompt);
     corvan::GlobalLog().CloseLogFile();  // a failed session leaves it open
     winbench::RemoveTree("C:\\TALO");
 }
@@ -225,27 +275,6 @@ INSTANTIATE_TEST_SUITE_P(Table, Sessions, ::testing::ValuesIn(LoadCases()),
                          [](const ::testing::TestParamInfo<Case>& info) { return info.param.name; });
 
 // ---- what needs more than a script ----
-
-// Outside a session the log is the default file; where it cannot be
-// written at all the page still hears the engine's error.
-TEST(Session, TheEngineErrorReachesThePageWhenTheLogCannotBeWritten) {
-    const char kDefaultLog[] = "C:\\CorvanInstaller-LogFile.log";
-    DeleteFileA(kDefaultLog);
-    ASSERT_TRUE(CreateDirectoryA(kDefaultLog, nullptr) || GetLastError() == ERROR_ALREADY_EXISTS);
-    char temporary[MAX_PATH] = {};
-    GetEnvironmentVariableA("TMP", temporary, MAX_PATH);
-    SetEnvironmentVariableA("TMP", "C:\\no\\such\\folder");
-    corvan::GlobalLog().CloseLogFile();
-    RecordingEngineSetScript("InstallerError|the list is broken\n");
-    testing_support::ScriptedDesktop desktop;
-    PageEvents page;
-    corvan::ManageClient control(desktop, page);
-    control.NeedToInstall();
-    EXPECT_EQ(page.heard, Texts{"InstallError:the list is broken"});
-    EXPECT_EQ(control.Surface().LastMessage(), "the list is broken");
-    SetEnvironmentVariableA("TMP", temporary[0] ? temporary : nullptr);
-    RemoveDirectoryA(kDefaultLog);
-}
 
 // Every yield of the session lets the waiting messages run, however soon it
 // follows the one before.
@@ -257,80 +286,6 @@ TEST(WindowsDesktop, EveryYieldLetsTheWaitingMessagesRun) {
         desktop.DoEvents();
         EXPECT_FALSE(PeekMessageA(&message, nullptr, WM_APP, WM_APP, PM_NOREMOVE)) << "yield " << yield;
     }
-}
-
-// A copy of an enumerator that cannot be made is out of memory, not an
-// exception through the COM method.
-TEST(ConnectionPoints, ACloneWithoutMemoryAnswersOutOfMemory) {
-    auto* points = new corvan::com::ConnectionPointEnumerator({});
-    IEnumConnectionPoints* copy = reinterpret_cast<IEnumConnectionPoints*>(1);
-    HRESULT hr;
-    {
-        testing_support::AllocationsFail memoryRunsOut;
-        hr = points->Clone(&copy);
-    }
-    EXPECT_EQ(hr, E_OUTOFMEMORY);
-    EXPECT_EQ(copy, nullptr);
-    points->Release();
-}
-
-void PumpFor(DWORD milliseconds) {
-    MSG message;
-    for (DWORD until = GetTickCount() + milliseconds; static_cast<int>(until - GetTickCount()) > 0;) {
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
-        while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageA(&message);
-    }
-}
-
-// A "Confirm File Replace" prompt as the shell shows it; its "No to All"
-// button is a radio button so that it shows whether it was ever clicked.
-HWND ReplacePrompt(HWND* noToAll) {
-    HWND prompt = CreateWindowExA(0, "#32770", "Confirm File Replace", WS_OVERLAPPED | WS_VISIBLE, 0, 0, 300, 120,
-                                  nullptr, nullptr, nullptr, nullptr);
-    if (noToAll)
-        *noToAll = CreateWindowExA(0, "Button", "No to &All", WS_CHILD | WS_VISIBLE | BS_AUTORADIOBUTTON, 10, 10, 100,
-                                   30, prompt, nullptr, nullptr, nullptr);
-    return prompt;
-}
-
-TEST(DialogMonitor, AnswersNoToAllDuringARunAndOnlyThen) {
-    winbench::RemoveTree("C:\\TALO");
-    testing_support::ScriptedDesktop desktop;
-    PageEvents page;
-    corvan::ManageClient control(desktop, page);
-    RecordingEngineSetScript("pump|400\n");
-    const size_t traced = traces.size();
-    HWND prompt = ReplacePrompt(nullptr);  // without the button it is only noted
-    control.Run(1);
-    const std::string note = std::to_string(reinterpret_cast<uintptr_t>(prompt)) +
-                             " - Found Confirm File Replace window (#32770)...closing it now.";
-    EXPECT_FALSE(TracesOf({note}, traced).empty());
-    EXPECT_TRUE(IsWindow(prompt));
-    DestroyWindow(prompt);
-
-    HWND noToAll = nullptr;
-    prompt = ReplacePrompt(&noToAll);
-    PumpFor(200);
-    EXPECT_EQ(SendMessageA(noToAll, BM_GETCHECK, 0, 0), BST_UNCHECKED);  // outside a session
-    control.Run(1);
-    EXPECT_EQ(SendMessageA(noToAll, BM_GETCHECK, 0, 0), BST_CHECKED);
-    DestroyWindow(prompt);
-
-    // A tick that fails (no memory for its trace note) is lost inside the
-    // monitor; the message loop that ran it goes on.
-    prompt = ReplacePrompt(nullptr);
-    RecordingEngineSetScript("InstallationStatus|Preparing\n");
-    bool loopFinished = false;
-    page.onStatus = [&](const std::string& status) {
-        if (status != "Preparing") return;
-        testing_support::AllocationsFail memoryRunsOut;
-        PumpFor(300);
-        loopFinished = true;
-    };
-    control.Run(1);
-    EXPECT_TRUE(loopFinished);
-    DestroyWindow(prompt);
-    winbench::RemoveTree("C:\\TALO");
 }
 
 }  // namespace

@@ -1,14 +1,13 @@
 // What the control shows on a real desktop: its window in a container, its
 // panel drawn through IViewObject::Draw and read pixel by pixel against the
-// layout, its repaints and pointer while a session runs, and the status
-// report window with the clipboard and a printer installed in the prefix.
+// layout, its repaints while a session runs, and the status report window
+// with the clipboard and a printer installed in the prefix.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
 #include <regex>
 #include <thread>
-#include <utility>
 
 #include "control/PanelPainter.h"
 #include "control/panel_layout.h"
@@ -59,20 +58,6 @@ TEST_F(Page, InPlaceTheControlGetsAWindowOfTheRulesSizeInsideThePage) {
     EXPECT_EQ(WindowOf(control.Get()), nullptr);
     page.ole->SetClientSite(nullptr);
     EXPECT_EQ(page.site.references, 1u);
-}
-
-// A site whose window is gone: the control cannot make its own, and says why.
-TEST_F(Page, AnActivationWithoutAWindowFailsWithTheWindowsError) {
-    Site site;
-    site.page = CreateWindowExA(0, "STATIC", "page", WS_OVERLAPPEDWINDOW, 0, 0, 80, 30, nullptr, nullptr, nullptr, nullptr);
-    DestroyWindow(site.page);
-    auto ole = control.As<IOleObject>(IID_IOleObject);
-    ASSERT_EQ(ole->SetClientSite(&site), S_OK);
-    RECT position = Site::kPosition;
-    EXPECT_EQ(ole->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, &site, 0, site.page, &position),
-              HRESULT_FROM_WIN32(ERROR_INVALID_WINDOW_HANDLE));
-    EXPECT_EQ(site.deactivations, 1);
-    ole->SetClientSite(nullptr);
 }
 
 constexpr COLORREF kBlue = RGB(0, 90, 168), kWhite = RGB(255, 255, 255);
@@ -168,14 +153,6 @@ LRESULT CALLBACK NotePaints(HWND window, UINT message, WPARAM wParam, LPARAM lPa
     return CallWindowProcA(controlProcedure, window, message, wParam, lParam);
 }
 
-void Pump(DWORD milliseconds) {
-    for (DWORD end = GetTickCount() + milliseconds; static_cast<int>(end - GetTickCount()) > 0;) {
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
-        MSG message;
-        while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageA(&message);
-    }
-}
-
 // The engine keeps the thread busy. The transfer line lets messages run; the
 // progress after it is painted by the panel itself or not before the end.
 TEST_F(Panel, EveryStateChangeReachesTheScreenWhileTheSessionRuns) {
@@ -191,39 +168,6 @@ TEST_F(Panel, EveryStateChangeReachesTheScreenWhileTheSessionRuns) {
         })) << paints.size() << " paints";
     }
     SetWindowLongPtrA(page.window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(controlProcedure));
-}
-
-HWND pointedAt = nullptr;
-HCURSOR pointerSeen = nullptr;
-
-void MoveMouseOver(HWND window) {
-    RECT area;
-    GetWindowRect(window, &area);
-    SetCursorPos((area.left + area.right) / 2, (area.top + area.bottom) / 2);
-}
-
-// During the session: first a move over the control, then the pointer it left.
-void CALLBACK PointDuringSession(HWND, UINT, UINT_PTR timer, DWORD) {
-    if (pointedAt) return MoveMouseOver(std::exchange(pointedAt, nullptr));
-    pointerSeen = GetCursor();
-    KillTimer(nullptr, timer);
-}
-
-TEST_F(Panel, TheHourglassHoldsOverTheControlForTheWholeSession) {
-    ActivePage page(control.Get());
-    SetWindowPos(page.site.page, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
-    pointedAt = page.window;
-    MoveMouseOver(page.site.page);
-    Pump(50);
-    SetTimer(nullptr, 0, 150, &PointDuringSession);
-    Session("pump|600\n");
-    EXPECT_EQ(pointerSeen, LoadCursorA(nullptr, reinterpret_cast<LPCSTR>(IDC_WAIT)));
-    // After the session the arrow comes back with the next move.
-    MoveMouseOver(page.site.page);
-    Pump(50);
-    MoveMouseOver(page.window);
-    Pump(100);
-    EXPECT_EQ(GetCursor(), LoadCursorA(nullptr, reinterpret_cast<LPCSTR>(IDC_ARROW)));
 }
 
 // ---- the status report window ----
