@@ -1,15 +1,17 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <vector>
 
+#include "../harness.h"
 #include "corvan/build_config.h"
 #include "run_together.h"
 #include "settings/modCorvanInstaller_Global.h"
 
 using namespace corvan;
 
-// The root folder is fixed, whatever the system drive.
+// The root folder is fixed, whatever the system drive; the dictionary holds
+// the values in order, and loading again (a second control on the page)
+// rebuilds it, never duplicates.
 TEST(Settings, LoadFillsValuesAndDictionaryInOrder) {
 #ifdef _WIN32
     _putenv_s("systemdrive", "D:");
@@ -19,32 +21,20 @@ TEST(Settings, LoadFillsValuesAndDictionaryInOrder) {
     InstallerSettings settings;
     settings.UsersGroups("Dealers");
     settings.Load();
-    EXPECT_EQ(settings.InstallerVersion(), CORVAN_VERSION_TEXT);
-    EXPECT_EQ(settings.Root(), "c:\\TALO\\");
+    settings.Load();
+    EXPECT_EQ(settings.InstallerVersion() + "|" + settings.Root() + "|" + settings.UsersGroups() + "|" +
+                  settings.InstallListPath() + "|" + settings.UninstallListPath(),
+              CORVAN_VERSION_TEXT "|c:\\TALO\\|Dealers|c:\\TALO\\SC_Install.scl|c:\\TALO\\SC_Uninstall.scl");
     EXPECT_EQ(settings.MaxTries(), 5);
     EXPECT_EQ(settings.History(), 1);
-    EXPECT_EQ(settings.UsersGroups(), "Dealers");
-    EXPECT_EQ(settings.InstallListPath(), "c:\\TALO\\SC_Install.scl");
-    EXPECT_EQ(settings.UninstallListPath(), "c:\\TALO\\SC_Uninstall.scl");
-    for (const std::string& url : {settings.MasterUrlSource(), settings.AltUrlSource1(), settings.AltUrlSource2()}) {
-        EXPECT_EQ(url.rfind("https://", 0), 0u) << url;
-        EXPECT_EQ(url.substr(url.size() - 11), "/installer/") << url;
-    }
-
-    const KeyedCollection<std::string> dictionary = settings.Dictionary();
-    std::vector<std::pair<std::string, std::string>> entries(dictionary.begin(), dictionary.end());
-    std::vector<std::pair<std::string, std::string>> expected{
-        {"INSTALLVERSION", CORVAN_VERSION_TEXT},   {"MASTER_URL_SOURCE", settings.MasterUrlSource()},
-        {"ALT_URL_SOURCE_1", settings.AltUrlSource1()}, {"ALT_URL_SOURCE_2", settings.AltUrlSource2()},
-        {"ROOT", "c:\\TALO\\"},                    {"MAXTRIES", "5"},
-        {"HISTORY", "1"}};
-    EXPECT_EQ(entries, expected);
-    EXPECT_EQ(dictionary.Item("root"), "c:\\TALO\\");
-    EXPECT_EQ(dictionary.Item("MaxTries"), "5");
-
-    // Loading again (a second control on the page) rebuilds, never duplicates.
-    settings.Load();
-    EXPECT_EQ(settings.Dictionary().Count(), 7u);
+    std::string entries;
+    for (const auto& [key, value] : settings.Dictionary()) entries += key + "=" + value + "\n";
+    EXPECT_EQ(entries, "INSTALLVERSION=" CORVAN_VERSION_TEXT "\nMASTER_URL_SOURCE=" + settings.MasterUrlSource() +
+                           "\nALT_URL_SOURCE_1=" + settings.AltUrlSource1() + "\nALT_URL_SOURCE_2=" +
+                           settings.AltUrlSource2() + "\nROOT=c:\\TALO\\\nMAXTRIES=5\nHISTORY=1\n");
+    for (const std::string& url : {settings.MasterUrlSource(), settings.AltUrlSource1(), settings.AltUrlSource2()})
+        EXPECT_TRUE(url.rfind("https://", 0) == 0 && url.substr(url.size() - 11) == "/installer/") << url;
+    EXPECT_EQ(settings.Dictionary().Item("MaxTries"), "5");
 }
 
 // One control loads the settings and takes its page's URL and groups while
@@ -66,3 +56,32 @@ TEST(Settings, ControlsOnTwoThreadsShareThemSafely) {
             settings.Dictionary();
         });
 }
+
+#ifndef _WIN32
+// A deployment build must not be made with the placeholder installer hosts
+// that test and bench builds keep: the real project configured (no tests,
+// nothing built) by the build machine's cmake in a scratch folder.
+TEST(DeploymentBuild, RefusesThePlaceholderInstallerHosts) {
+    const unit_table::Scratch scratch;
+    const std::string build = scratch.Path("build"), log = scratch.Path("configure.log");
+    const std::string real = "-DCORVAN_DEPLOYMENT=ON -DCORVAN_MASTER_URL_SOURCE=https://extranet.corvan.test/installer/ "
+                             "-DCORVAN_ALT_URL_SOURCE_1=https://extranet2.corvan.test/installer/ ";
+    const std::pair<std::string, std::string> cases[] = {  // arguments, the setting the failure names
+        {"-DCORVAN_DEPLOYMENT=ON", "CORVAN_MASTER_URL_SOURCE"},
+        {real, "CORVAN_ALT_URL_SOURCE_2"},
+        {real + "-DCORVAN_ALT_URL_SOURCE_2=https://extranet3.corvan.test/installer/", ""},
+        {"", ""}};  // test and bench builds keep the placeholders
+    for (const auto& [arguments, refused] : cases) {
+        std::filesystem::remove_all(build);
+        const bool ok = std::system(("cmake -S \"" CORVAN_SOURCE_DIR "\" -B \"" + build +
+                                     "\" -G Ninja -DCORVAN_BUILD_TESTS=OFF " + arguments + " > \"" + log + "\" 2>&1")
+                                        .c_str()) == 0;
+        std::istringstream words(unit_table::ReadAll(log));
+        std::string output;  // CMake wraps its messages: the words are compared, not the lines
+        for (std::string word; words >> word;) output += word + " ";
+        EXPECT_EQ(ok, refused.empty()) << arguments << "\n" << output;
+        EXPECT_TRUE(refused.empty() || output.find("A deployment build needs the real installer URLs, but " + refused +
+                                                   " is still the placeholder") != std::string::npos) << output;
+    }
+}
+#endif
