@@ -4,7 +4,6 @@
 
 #include "../harness.h"
 #include "corvan/build_config.h"
-#include "run_together.h"
 #include "settings/modCorvanInstaller_Global.h"
 
 using namespace corvan;
@@ -34,27 +33,6 @@ TEST(Settings, LoadFillsValuesAndDictionaryInOrder) {
                            settings.AltUrlSource2() + "\nROOT=c:\\TALO\\\nMAXTRIES=5\nHISTORY=1\n");
     for (const std::string& url : {settings.MasterUrlSource(), settings.AltUrlSource1(), settings.AltUrlSource2()})
         EXPECT_TRUE(url.rfind("https://", 0) == 0 && url.substr(url.size() - 11) == "/installer/") << url;
-    EXPECT_EQ(settings.Dictionary().Item("MaxTries"), "5");
-}
-
-// One control loads the settings and takes its page's URL and groups while
-// another, on its own thread, reads them.
-TEST(Settings, ControlsOnTwoThreadsShareThemSafely) {
-    InstallerSettings settings;
-    const std::string groups[] = {std::string(200, 'a'), std::string(300, 'b')};
-    testing_support::RunTogether(
-        20000,
-        [&](int i) {
-            if (i % 100 == 0) settings.Load();
-            settings.UsersGroups(groups[i % 2]);
-            settings.MasterUrlSource("https://h/" + groups[i % 2] + "/");
-        },
-        [&](int) {
-            const std::string read = settings.UsersGroups();
-            EXPECT_TRUE(read.empty() || read == groups[0] || read == groups[1]);
-            EXPECT_GE(settings.MasterUrlSource().size(), 11u);
-            settings.Dictionary();
-        });
 }
 
 #ifndef _WIN32
