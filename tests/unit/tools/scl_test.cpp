@@ -105,20 +105,16 @@ TEST(SclCommandLine, BadInputGetsOneLine) {
 }
 
 // ROW and ROW(column:text;...) in a lint trap's list.
-std::string LintList(const std::string& text) {
-    static const std::vector<std::string> kRow = Split(
-        "Windows XP,https://host/installer/,app.msi,1.0,01/02/2024,3610A686,Client,Corvan,0,/qn,/x,,C:\\TALO\\,ALL,0,-1,app.msi", ',');
-    std::string list = text;
+std::string LintList(std::string list) {
     for (size_t at; (at = list.find("OTHER")) != std::string::npos;) list.replace(at, 5, "ROW(2:b.exe;16:b.exe)");
     for (size_t at; (at = list.find("ROW")) != std::string::npos;) {
-        std::vector<std::string> fields = kRow;
-        size_t end = at + 3;
-        if (list.compare(end, 1, "(") == 0) {
-            end = list.find(')', at);
-            for (const std::string& change : Split(list.substr(at + 4, end++ - at - 4), ';'))
-                fields[std::stoul(change)] = change.substr(change.find(':') + 1);
-        }
-        std::string row = fields[0];
+        const size_t end = list.compare(at + 3, 1, "(") == 0 ? list.find(')', at) + 1 : at + 3;
+        std::string row = "Windows XP,https://host/installer/,app.msi,1.0,01/02/2024,3610A686,Client,Corvan,0,/qn,/x,,"
+                          "C:\\TALO\\,ALL,0,-1,app.msi";
+        std::vector<std::string> fields = Split(row, ',');
+        for (const std::string& change : end > at + 3 ? Split(list.substr(at + 4, end - at - 5), ';') : std::vector<std::string>{})
+            fields[std::stoul(change)] = change.substr(change.find(':') + 1);
+        row = fields[0];
         for (size_t i = 1; i < fields.size(); ++i) row += "," + fields[i];
         list.replace(at, end - at, row);
     }
