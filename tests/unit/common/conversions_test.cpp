@@ -4,7 +4,7 @@
 #include <functional>
 #include <map>
 
-#include "../table.h"
+#include "../harness.h"
 #include "common/conversions.h"
 #include "common/keyed_collection.h"
 #include "common/text.h"
@@ -49,26 +49,17 @@ TEST(TickCount, ExtendsTheThirtyTwoBitCountAcrossItsWrap) {
             << c.where;
 }
 
-// Keys without case, in insertion order; the runtime's numbers when a key is
-// there twice (457) or missing (5); blanks trimmed, tabs kept.
-TEST(KeyedCollection, KeepsOrderAndFindsKeysWithoutCase) {
+// Keys without case, in insertion order (the list comparison's fuzzer holds
+// them to it); the runtime's numbers for a key there twice (457) or missing
+// (5); a copy keeps its own items. Trimming takes blanks, not tabs.
+TEST(KeyedCollection, RuntimeNumbersAndCopies) {
     KeyedCollection<int> items;
     items.Add("c:\\talo\\B.dll", 2);
-    items.Add("c:\\talo\\a.ocx", 1);
-    items.Add("C:\\TALO\\c.exe", 3);
     EXPECT_EQ(Raised([&] { items.Add("C:\\TALO\\b.DLL", 9); }).Number(), 457);
-    EXPECT_EQ(items.Item("C:\\TALO\\b.DLL"), 2);
-    EXPECT_EQ(items.Find("missing"), nullptr);
     EXPECT_EQ(Raised([&] { items.Item("missing"); }).Number(), 5);
     EXPECT_EQ(Raised([&] { items.Remove("missing"); }).Number(), 5);
-    items.Remove("C:\\talo\\A.ocx");
-    items.Add("c:\\talo\\a.ocx", 4);  // a removed key may come back, at the end
-    std::string keys;
-    for (const auto& [key, value] : items) keys += key + "=" + std::to_string(value) + " ";
-    EXPECT_EQ(keys, "c:\\talo\\B.dll=2 C:\\TALO\\c.exe=3 c:\\talo\\a.ocx=4 ");
-    const KeyedCollection<int> copy = items;  // a copy finds its own items
+    const KeyedCollection<int> copy = items;
     items.Clear();
-    EXPECT_EQ(copy.Item("C:\\TALO\\A.OCX"), 4);
-    EXPECT_EQ(items.Count(), 0u);
+    EXPECT_EQ(std::to_string(copy.Item("C:\\TALO\\B.DLL")) + " " + std::to_string(items.Count()), "2 0");
     EXPECT_EQ(Trim("  a\tb  ") + "|" + LTrim("  a ") + "|" + RTrim("  a ") + "|" + Trim("   "), "a\tb|a |  a|");
 }

@@ -1,32 +1,16 @@
 // The comparison of packing lists, case by case (comparison.txt).
 #include <gtest/gtest.h>
 
-#include "../table.h"
+#include "../harness.h"
 #include "engine/packing_list_comparison.h"
 
 using namespace corvan;
-using unit_table::Split;
 
-namespace {
-
-// OS/FileName/CRC[/folder[/Flag[/LocalSource]]] as a whole row; rows end in CR LF.
+// OS/FileName/CRC[/folder[/Flag[/LocalSource]]] rows (harness.h).
 std::string List(const std::string& shorthand) {
-    std::string text;
-    for (const std::string& row : Split(shorthand, ';')) {
-        std::vector<std::string> p = Split(unit_table::Decode(row), '/');
-        const size_t given = p.size();
-        p.resize(6);
-        if (given < 4) p[3] = "C:\\TALO\\";
-        if (given < 6) p[5] = "\\\\srv\\s";
-        if (given > 2)
-            text += p[0] + ",https://h/installer/," + p[1] + ",1.0,01/01/2005," + p[2] + ",desc,prod," +
-                    (p[4].empty() ? "0" : p[4]) + ",,," + p[5] + "," + p[3] + ",,0,0," + p[1];
-        text += "\r\n";
-    }
-    return text;
+    return unit_table::Rows(shorthand, "Windows XP,https://h/installer/,,1.0,01/01/2005,,desc,prod,0,,,\\\\srv\\s,C:\\TALO\\,,0,0,",
+                            {0, 2, 5, 12, 8, 11});
 }
-
-}  // namespace
 
 TEST(Comparison, LocalThenServerList) {
     for (const auto& c : unit_table::Table("comparison.txt", "cases")) {

@@ -1,10 +1,7 @@
 // The block stream a file's checksum is read through, and the checksum.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <random>
-
+#include "../harness.h"
 #include "files/cBinaryFileStream.h"
 #include "files/cCRC32.h"
 #include "files/crc32_kernels.h"
@@ -22,15 +19,11 @@ std::vector<uint8_t> RandomBytes(size_t size, uint32_t seed) {
     return bytes;
 }
 
-// A file of random bytes in the temporary folder, removed with the object.
-struct TempFile {
+// A file of random bytes in a scratch folder.
+struct TempFile : unit_table::Scratch {
     const std::vector<uint8_t> bytes;
-    const std::string path = (std::filesystem::temp_directory_path() /
-                              ("corvan-files-" + std::to_string(std::random_device()()) + ".bin")).string();
-    TempFile(size_t size, uint32_t seed) : bytes(RandomBytes(size, seed)) {
-        std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(size));
-    }
-    ~TempFile() { std::filesystem::remove(path); }
+    const std::string path = Write("file.bin", std::string(bytes.begin(), bytes.end()));
+    TempFile(size_t size, uint32_t seed) : bytes(RandomBytes(size, seed)) {}
 };
 
 uint32_t Crc(uint32_t (*update)(uint32_t, const uint8_t*, size_t), const uint8_t* data, size_t size) {
@@ -39,46 +32,31 @@ uint32_t Crc(uint32_t (*update)(uint32_t, const uint8_t*, size_t), const uint8_t
 
 }  // namespace
 
-// Blocks of 8192 bytes, then 0, and the stream closes itself. The position
-// belongs to the object: a second, shorter file set on it reads nothing.
-TEST(BinaryFileStream, BlocksOfAFileThenZeroAndClosed) {
-    const std::pair<size_t, std::vector<int32_t>> cases[] = {{10000, {8192, 1808, 0}}, {8192, {8192, 0}}, {0, {0}}};
-    for (const auto& [size, reads] : cases) {
-        TempFile file(size, 5);
-        cBinaryFileStream stream;
-        stream.File(file.path);
-        EXPECT_EQ(stream.Length(), static_cast<int32_t>(size));
-        EXPECT_TRUE(stream.IsOpen()) << size;
-        std::array<uint8_t, 8192> buffer;
-        std::vector<int32_t> counts;
-        std::vector<uint8_t> seen;
-        for (int32_t n = 1; n > 0 && counts.size() < 10; counts.push_back(n))
-            if ((n = stream.Read(buffer, 8192)) > 0) seen.insert(seen.end(), buffer.begin(), buffer.begin() + n);
-        EXPECT_EQ(counts, reads) << size;
-        EXPECT_EQ(seen, file.bytes);
-        EXPECT_FALSE(stream.IsOpen()) << size;
-    }
-    TempFile longer(9000, 3), shorter(100, 4);
-    cBinaryFileStream stream;
+// Blocks of 8192 bytes, then 0, and the stream closes itself (the checksums
+// below check the bytes). The position belongs to the object: a second,
+// shorter file set on it reads nothing. A file that is not there (or a
+// folder) raises 53, the earlier file closed first and its length kept.
+TEST(BinaryFileStream, BlocksThenZeroClosedAndMissingFiles) {
+    TempFile longer(10000, 5), shorter(100, 4);
+    cBinaryFileStream stream, again;
     stream.File(longer.path);
+    EXPECT_EQ(stream.Length(), 10000);
     std::array<uint8_t, 8192> buffer;
-    EXPECT_EQ(stream.Read(buffer, 8192), 8192);
-    stream.File(shorter.path);
-    EXPECT_EQ(stream.Read(buffer, 8192), 100 - 8192);
+    for (int32_t expected : {8192, 1808, 0}) {
+        EXPECT_TRUE(stream.IsOpen());
+        EXPECT_EQ(stream.Read(buffer, 8192), expected);
+    }
     EXPECT_FALSE(stream.IsOpen());
-}
-
-TEST(BinaryFileStream, MissingFileRaises53AndKeepsLength) {
-    TempFile file(300, 2);
-    cBinaryFileStream stream;
-    stream.File(file.path);
-    const Failure f = Raised([&] { stream.File(file.path + ".missing"); });
-    EXPECT_EQ(f.Number(), 53);
-    EXPECT_EQ(f.Source() + ": " + f.Description(), "CorvanInstaller.File: File not found");
-    EXPECT_FALSE(stream.IsOpen()) << "the first file was closed before the look-up";
-    EXPECT_EQ(stream.Length(), 300);
-    EXPECT_EQ(Raised([&] { stream.File(std::filesystem::temp_directory_path().string()); }).Number(), 53);  // a folder
-    EXPECT_FALSE(stream.IsOpen());
+    again.File(longer.path);
+    EXPECT_EQ(again.Read(buffer, 8192), 8192);
+    again.File(shorter.path);
+    EXPECT_EQ(again.Read(buffer, 8192), 100 - 8192);
+    again.File(shorter.path);
+    const Failure f = Raised([&] { again.File(shorter.path + ".missing"); });
+    EXPECT_EQ(std::to_string(f.Number()) + " " + f.Source() + ": " + f.Description(), "53 CorvanInstaller.File: File not found");
+    EXPECT_FALSE(again.IsOpen()) << "the first file was closed before the look-up";
+    EXPECT_EQ(again.Length(), 100);
+    EXPECT_EQ(Raised([&] { stream.File(longer.dir); }).Number(), 53);
 }
 
 // The check value, signed; an array's index runs in 16 bits, so its last
@@ -87,18 +65,16 @@ TEST(Crc32, CheckValueAndSixteenBitIndex) {
     const std::string check = "123456789";
     EXPECT_EQ(cCRC32().GetByteArrayCrc32(std::vector<uint8_t>(check.begin(), check.end())), -873187034);  // CBF43926
     EXPECT_EQ(cCRC32().GetByteArrayCrc32({}), 0);
-    const struct { size_t size; int32_t lowerBound; int number; } cases[] = {
-        {32768, 0, 0}, {32769, 0, 6}, {10, -32768, 0}, {10, -32769, 6}, {10, 32758, 0}, {10, 32759, 6}};
-    for (const auto& c : cases) {
-        const std::vector<uint8_t> bytes(c.size, 0xA5);
-        int number = 0;
-        try {
-            cCRC32().GetByteArrayCrc32(bytes, c.lowerBound);
-        } catch (const Failure& f) {
-            number = f.Number();
-            EXPECT_EQ(f.Description(), "Overflow");
+    const std::tuple<size_t, int32_t, bool> cases[] = {{32768, 0, false}, {32769, 0, true},     {10, -32768, false},
+                                                       {10, -32769, true}, {10, 32758, false}, {10, 32759, true}};
+    for (const auto& [size, lowerBound, overflows] : cases) {
+        const auto crc = [size = size, lowerBound = lowerBound] { cCRC32().GetByteArrayCrc32(std::vector<uint8_t>(size), lowerBound); };
+        if (!overflows) {
+            EXPECT_NO_THROW(crc()) << size << " from " << lowerBound;
+            continue;
         }
-        EXPECT_EQ(number, c.number) << c.size << " from " << c.lowerBound;
+        const Failure f = Raised(crc);
+        EXPECT_EQ(std::to_string(f.Number()) + " " + f.Description(), "6 Overflow") << size << " from " << lowerBound;
     }
 }
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "../table.h"
+#include "../harness.h"
 #include "platform/group_walk.h"
 #include "platform/guid_text.h"
 #include "platform/legacy_products.h"
@@ -16,7 +16,7 @@ namespace {
 
 std::vector<uint8_t> Hex(const std::string& hex) {
     std::vector<uint8_t> bytes;
-    for (size_t i = 0; i + 1 < hex.size(); i += 2) bytes.push_back(static_cast<uint8_t>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+    for (size_t i = 0; i + 1 < hex.size(); i += 2) bytes.push_back(uint8_t(std::stoi(hex.substr(i, 2), nullptr, 16)));
     return bytes;
 }
 
@@ -54,41 +54,25 @@ TEST(RegistryTypes, EachValuePlansItsTypeAndBytes) {
     EXPECT_EQ(GuidText(0xab, 0xc, 0xdef0, tail), "{000000AB-000C-DEF0-0A0B-00010203FEFF}");
 }
 
-// IsAdmin's walk over synthetic group lists: under Wine the user is always
-// an administrator, so only here can the walk be seen to say no. The record
-// has room for 101 groups: past it, error 9 and no further group read.
 TEST(GroupWalk, FindsAdministratorsWithinTheRecordsRoom) {
-    const struct { uint32_t count; int administrators; int expected; } cases[] = {  // -1 none; 1 admin, 9 the error
-        {0, -1, 0}, {3, 0, 1}, {3, 2, 1}, {3, -1, 0}, {101, 100, 1}, {100, -1, 0}, {150, 20, 1}, {150, -1, 9}, {150, 120, 9}};
-    for (const auto& c : cases) {
+    for (const auto& c : unit_table::Table("platform.txt", "group walk")) {
         size_t asked = 0;
-        auto isAdministrators = [&](size_t index) { return ++asked, static_cast<int>(index) == c.administrators; };
-        if (c.expected == 9) {
-            EXPECT_EQ(Raised([&] { AnyGroupIsAdministrators(c.count, isAdministrators); }).Number(), 9) << c.count;
-            EXPECT_EQ(asked, 101u) << "no group past the record is read";
-        } else {
-            EXPECT_EQ(AnyGroupIsAdministrators(c.count, isAdministrators), c.expected == 1) << c.count;
-        }
+        const auto walk = [&] {
+            return AnyGroupIsAdministrators(std::stoul(c[0]), [&](size_t i) { return ++asked, int(i) == std::stoi(c[1]); });
+        };
+        const std::string result = c[2] == "error 9" ? "error " + std::to_string(Raised(walk).Number()) : walk() ? "1" : "0";
+        EXPECT_EQ(result + (result == "error 9" ? " after " + std::to_string(asked) : ""),
+                  c[2] + (c[2] == "error 9" ? " after 101" : "")) << c.where;
     }
 }
 
-// First-list codes land at their own index; the first pass stops at the first
-// second-list code; only exact codes (upper case, braces) count.
 TEST(LegacyProducts, EachListsCodesAtTheirIndex) {
-    int pumps = 0;
-    LegacyScan scan = ScanLegacyProducts({"{D467BA79-DA39-411B-9C75-11599878C293}", "{OTHER}",
-                                                  "{111C572F-D130-4E21-BB26-89D59C8C9EA0}"}, [&pumps] { ++pumps; });
-    EXPECT_EQ(std::vector<bool>({scan.installed, scan.firstListFound, scan.secondListFound}), std::vector<bool>({true, true, false}));
-    EXPECT_EQ(scan.found, (std::vector<std::string>{"", "{111C572F-D130-4E21-BB26-89D59C8C9EA0}", "",
-                                                    "{D467BA79-DA39-411B-9C75-11599878C293}", "", ""}));
-    EXPECT_EQ(pumps, 2);
-    scan = ScanLegacyProducts({"{OTHER}", "{3F21AE9F-9C13-4166-B245-97B5D01C1E8A}", "{FC2280EB-CD85-452F-8850-464B3003B69B}"});
-    EXPECT_EQ(std::vector<bool>({scan.installed, scan.firstListFound}), std::vector<bool>({true, false}));
-    EXPECT_EQ(scan.found, (std::vector<std::string>{"", "", "", "", "{3F21AE9F-9C13-4166-B245-97B5D01C1E8A}", "3"}));
-    for (const char* code : {"{90110409-6000-11D3-8CFE-0150048383C9}", "{7ee17af3-3434-11d5-ac76-00010262094c}",
-                             "7EE17AF3-3434-11D5-AC76-00010262094C"}) {
-        scan = ScanLegacyProducts({code});
-        EXPECT_FALSE(scan.installed) << code;
-        EXPECT_EQ(scan.found, std::vector<std::string>(6)) << code;
+    for (const auto& c : unit_table::Table("platform.txt", "legacy")) {
+        int yields = 0;
+        const LegacyScan scan = ScanLegacyProducts(unit_table::Split(c[0], ';'), [&yields] { ++yields; });
+        EXPECT_EQ(std::to_string(scan.installed) + " " + std::to_string(scan.firstListFound) + " " +
+                      std::to_string(scan.secondListFound) + " | " + std::to_string(yields),
+                  c[1] + " | " + c[3]) << c.where;
+        EXPECT_EQ(scan.found, unit_table::Split(c[2], ';')) << c.where;
     }
 }

@@ -1,7 +1,7 @@
 // The trust table and the rules that turn its lines into registry values.
 #include <gtest/gtest.h>
 
-#include "../table.h"
+#include "../harness.h"
 #include "raised.h"
 #include "security/registry_line.h"
 #include "security/trust_table.h"

@@ -1,9 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 
+#include "../harness.h"
 #include "corvan/build_config.h"
 #include "run_together.h"
 #include "settings/modCorvanInstaller_Global.h"
@@ -59,14 +58,12 @@ TEST(Settings, ControlsOnTwoThreadsShareThemSafely) {
 }
 
 #ifndef _WIN32
-#include <unistd.h>
-
 // A deployment build must not be made with the placeholder installer hosts
 // that test and bench builds keep: the real project configured (no tests,
 // nothing built) by the build machine's cmake in a scratch folder.
 TEST(DeploymentBuild, RefusesThePlaceholderInstallerHosts) {
-    const std::string build = (std::filesystem::temp_directory_path() /
-                               ("corvan-deployment-config-" + std::to_string(getpid()))).string();
+    const unit_table::Scratch scratch;
+    const std::string build = scratch.Path("build"), log = scratch.Path("configure.log");
     const std::string real = "-DCORVAN_DEPLOYMENT=ON -DCORVAN_MASTER_URL_SOURCE=https://extranet.corvan.test/installer/ "
                              "-DCORVAN_ALT_URL_SOURCE_1=https://extranet2.corvan.test/installer/ ";
     const std::pair<std::string, std::string> cases[] = {  // arguments, the setting the failure names
@@ -77,16 +74,14 @@ TEST(DeploymentBuild, RefusesThePlaceholderInstallerHosts) {
     for (const auto& [arguments, refused] : cases) {
         std::filesystem::remove_all(build);
         const bool ok = std::system(("cmake -S \"" CORVAN_SOURCE_DIR "\" -B \"" + build +
-                                     "\" -G Ninja -DCORVAN_BUILD_TESTS=OFF " + arguments + " > \"" + build + ".log\" 2>&1")
+                                     "\" -G Ninja -DCORVAN_BUILD_TESTS=OFF " + arguments + " > \"" + log + "\" 2>&1")
                                         .c_str()) == 0;
-        std::ifstream log(build + ".log");
+        std::istringstream words(unit_table::ReadAll(log));
         std::string output;  // CMake wraps its messages: the words are compared, not the lines
-        for (std::string word; log >> word;) output += word + " ";
+        for (std::string word; words >> word;) output += word + " ";
         EXPECT_EQ(ok, refused.empty()) << arguments << "\n" << output;
         EXPECT_TRUE(refused.empty() || output.find("A deployment build needs the real installer URLs, but " + refused +
                                                    " is still the placeholder") != std::string::npos) << output;
     }
-    std::filesystem::remove_all(build);
-    std::filesystem::remove(build + ".log");
 }
 #endif

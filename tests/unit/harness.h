@@ -1,16 +1,38 @@
 #pragma once
-// Tables of cases kept as text beside the tests (UNIT_DATA, the test's own
-// folder). "[name]" starts the table of that name; then one case a line,
+// The unit tests' one harness: a scratch folder, and tables of cases kept as
+// text beside the tests (UNIT_DATA, the test's own folder). "[name]" starts the table of that name; then one case a line,
 // fields split at "|" and trimmed; a field in double quotes keeps its blanks;
 // <CR> <LF> <TAB> <NUL> <BAR> and <xHH> stand for their bytes; blank lines
 // and lines starting with "#" are skipped.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
+#include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
 namespace unit_table {
+
+// A folder of its own in the temporary folder, removed with the object.
+struct Scratch {
+    const std::string dir =
+        (std::filesystem::temp_directory_path() / ("corvan-unit-" + std::to_string(std::random_device()()))).string();
+    Scratch() { std::filesystem::create_directories(dir); }
+    ~Scratch() { std::error_code ignored; std::filesystem::remove_all(dir, ignored); }
+    std::string Path(const std::string& name) const { return (std::filesystem::path(dir) / name).string(); }
+    std::string Write(const std::string& name, const std::string& bytes) const {
+        std::ofstream(Path(name), std::ios::binary) << bytes;
+        return Path(name);
+    }
+};
+
+inline std::string ReadAll(const std::string& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
 
 // The parts of `text` between each `at`; none for an empty text.
 inline std::vector<std::string> Split(const std::string& text, char at) {
@@ -34,6 +56,24 @@ inline std::string Decode(std::string text) {
     return text;
 }
 
+// Packing-list rows in short: rows separated by ";" (an empty one a blank
+// line), each its values separated by "/" for the columns `columns` names, in
+// that order, of `base`, whose other columns stay; InstallFileName (16) is
+// FileName (2). Each row ends in CR LF; "=" starts a list taken as it stands.
+inline std::string Rows(const std::string& shorthand, const std::string& base, const std::vector<int>& columns) {
+    if (shorthand.rfind('=', 0) == 0) return shorthand.substr(1);
+    std::string text;
+    for (const std::string& row : Split(shorthand, ';')) {
+        std::vector<std::string> fields = Split(base, ','), values = Split(Decode(row), '/');
+        for (size_t i = 0; i < values.size(); ++i) fields[columns[i]] = values[i];
+        fields[16] = fields[2];
+        for (size_t i = 0; !values.empty() && i < fields.size(); ++i) text += (i ? "," : "") + fields[i];
+        text += "\r\n";
+    }
+    return text;
+}
+
+#ifdef UNIT_DATA
 struct Row {
     std::string where;  // file:line, for failure messages
     std::vector<std::string> f;
@@ -55,5 +95,6 @@ inline std::vector<Row> Table(const std::string& file, const std::string& name) 
     EXPECT_FALSE(rows.empty()) << "no table " << name << " in " << UNIT_DATA << "/" << file;
     return rows;
 }
+#endif
 
 }  // namespace unit_table
