@@ -1,14 +1,6 @@
 #!/usr/bin/env python3
-"""Runs every test of the three builds and prints the total.
-
-Native test programs run directly. The Windows test programs of both
-architectures run under Wine in one 64-bit (WoW64) prefix of this run's own,
-made fresh under build/wine: each build's list, with each control registered
-by its own regsvr32 first. Results are counted per build ("native", "x64",
-"x86"). Both .ocx files are checked to import system DLLs only, and the
-shipped binaries to import nothing Windows XP lacks. The last line printed is
-always "N passed, N failed".
-"""
+"""Runs every test of the three builds (README, "Tests") and
+prints the count of each build, then always, last, "N passed, N failed"."""
 import argparse
 import os
 import re

@@ -9,23 +9,16 @@
 #include <deque>
 #include <fstream>
 #include <map>
-#include <memory>
 #include <optional>
-#include <sstream>
 
 #include <windows.h>
 #include <msi.h>
 
-#include "common/keyed_collection.h"
 #include "common/text.h"
 #include "control/WindowsDesktop.h"
 #include "control/bstr_text.h"
 #include "engine/clsInstall.h"
-#include "engine/install_step.h"
-#include "engine/packing_list_comparison.h"
 #include "installer_folder.h"
-#include "platform/clsWindowTools.h"
-#include "platform/modPDFVer.h"
 #include "probe_server.h"
 #include "session_log.h"
 #include "settings/modCorvanInstaller_Global.h"
@@ -127,6 +120,10 @@ std::string FolderEntries(const std::string& folder) {
     return Join(names, " ");
 }
 
+std::optional<std::string> ListFile(const char* path) {  // its bytes; nothing when missing
+    return winbench::FileExists(path) ? std::optional(winbench::ReadFileBytes(path)) : std::nullopt;
+}
+
 std::string SortedWords(const std::string& text) {
     Texts words = Split(text, " ");
     std::sort(words.begin(), words.end());
@@ -210,76 +207,6 @@ std::string PublishRow(const testserver::InstallerFolder& folder, const std::str
                  field("product", ""), field("flag", "0"), kind->installSwitch, kind->uninstallSwitch, "", kTalo,
                  field("group", ""), field("register", kind->registerFlag), "0", ""},
                 ",");
-}
-
-// ---- scl plan beside the run ----------------------------------------------
-// Before each install run the shipped scl.exe says what the run will do with
-// the lists and the machine as they stand; after it the run's install log
-// must show the same steps. Both as sorted lines: "pass" (the install pass
-// runs), "check <name>", "remove <name>", "group-skip <file>".
-
-std::string PlannedSteps(const std::string& serverList, const std::string& groups, const std::string& name,
-                         std::string& output) {
-    const std::string local = winbench::FileExists(kLocalList) ? winbench::ReadFileBytes(kLocalList) : "";
-    const std::string copies = "C:\\corvan-tests\\e2e-" + name + "-plan-";
-    winbench::WriteFileBytes(copies + "local.scl", local);
-    winbench::WriteFileBytes(copies + "server.scl", serverList);
-    const std::string vector = RegistryText(HKEY_LOCAL_MACHINE, kVersionVectorKey, "IE");
-    const bool installed = RegistryText(HKEY_LOCAL_MACHINE, "Software\\Talo\\Settings", "InstallComplete") == "1";
-    const std::string command =
-        "\"" + winbench::OutDir() + "\\scl.exe\" plan \"" + copies + "local.scl\" \"" + copies + "server.scl\" \"--os=" +
-        corvan::clsWindowTools().VersionName() + "\" \"--groups=" + groups + "\" --installed " + (installed ? "1" : "0") +
-        " --ie " + (vector[0] >= '0' && vector[0] <= '9' ? vector.substr(0, 1) : "0") + " --acrobat " +
-        (corvan::AcrobatIsInstalled() ? "1" : "0");
-    const winbench::ChildResult result = winbench::RunAndWait(command);
-    output = command + "\n" + result.output;
-    if (result.exitCode == 1) return "";  // every PC refuses the server list
-    if (result.exitCode != 0) return "(scl plan failed)";
-    // Display names by item key, from the rows of both lists (the server's last).
-    corvan::KeyedCollection<std::string> names;
-    for (const std::string& list : {local, serverList}) {
-        const corvan::TextRows rows(list);
-        for (int32_t i = 1; i <= rows.RowCount(); ++i) {
-            corvan::ItemRecord item;
-            item.UniformString(rows.GetRow(i));
-            const std::string key = corvan::ItemKey(item);
-            if (names.Contains(key)) names.Remove(key);
-            names.Add(key, corvan::DisplayName(item));
-        }
-    }
-    Texts steps;
-    if (result.output.find("no install pass runs") == std::string::npos) steps.push_back("pass");
-    for (std::string line : Split(result.output, "\n")) {
-        if (!line.empty() && line.back() == '\r') line.pop_back();
-        const Texts fields = Split(line, "\t");
-        if (fields.size() < 3) continue;  // scl's notes and count
-        const std::string* shown = names.Find(fields[1]);
-        const std::string display = shown ? *shown : fields[1];
-        if (fields[0] == "install" || fields[0] == "update") steps.push_back("check " + display);
-        if (fields[0] == "remove") steps.push_back("remove " + display);
-        if (fields[0] == "skip" && line.find("its group") != std::string::npos) {
-            steps.push_back("check " + display);
-            steps.push_back("group-skip " + fields[1].substr(fields[1].rfind('\\') + 1));
-        }
-    }
-    std::sort(steps.begin(), steps.end());
-    return Join(steps, "\n");
-}
-
-std::string LoggedSteps(const Texts& log) {
-    const std::string checking = "Checking versions of ", removing = "Removing: ", file = "File: ",
-                      skipped = " skipped...Group not set for this user";
-    Texts steps;
-    if (std::find(log.begin(), log.end(), "Running Install Routines") != log.end()) steps.push_back("pass");
-    for (const std::string& line : log) {
-        if (line.rfind(checking, 0) == 0) steps.push_back("check " + line.substr(checking.size()));
-        if (line.rfind(removing, 0) == 0) steps.push_back("remove " + line.substr(removing.size()));
-        if (line.rfind(file, 0) == 0 && line.size() > skipped.size() &&
-            line.compare(line.size() - skipped.size(), skipped.size(), skipped) == 0)
-            steps.push_back("group-skip " + line.substr(file.size(), line.size() - file.size() - skipped.size()));
-    }
-    std::sort(steps.begin(), steps.end());
-    return Join(steps, "\n");
 }
 
 // ---- the page and the person at the screen --------------------------------
@@ -453,8 +380,6 @@ protected:
 
     // The control server the pages load; empty for the registered one.
     virtual std::string Server() const { return ""; }
-    // Whether scl's plan of each install run is held against the run.
-    virtual bool ChecksThePlan() const { return true; }
     std::string InstallerUrl() const { return pageUrl_.empty() ? folders_.at("primary")->URL() : pageUrl_; }
     // {primary}, {alt1}, {alt2}: the URLs of the scenario's installer folders.
     std::string Expand(std::string text) const {
@@ -501,12 +426,7 @@ protected:
 
 void Scenario::RunControl(const std::string& mode, const std::string& expected) {
     const size_t logged = LogLength();
-    for (const char* list : {kLocalList, kUninstallList})
-        listsBefore_[list] = winbench::FileExists(list) ? std::optional(winbench::ReadFileBytes(list)) : std::nullopt;
-    // Every install run is first planned by scl on the same lists and machine.
-    const bool plan = mode == "1" && ChecksThePlan();
-    std::string planned, planOutput;
-    if (plan) planned = PlannedSteps(winbench::ReadFileBytes(folder_->Path() + "SC_Install.scl"), groups_, GetParam().name, planOutput);
+    for (const char* list : {kLocalList, kUninstallList}) listsBefore_[list] = ListFile(list);
     boxes_.clear();
     Page page(InstallerUrl(), groups_, Server(), answers_, boxes_);
     ASSERT_TRUE(page.point);
@@ -521,9 +441,6 @@ void Scenario::RunControl(const std::string& mode, const std::string& expected) 
               expected)
         << "Run(" << mode << ")";
     KeepRunLog(logged);
-    if (plan) {
-        EXPECT_EQ(planned, LoggedSteps(runLog_)) << "scl plan disagrees with the run:\n" << planOutput;
-    }
 }
 
 // CorvanClient.exe as a help desk or a deployment script runs it: the
@@ -637,8 +554,7 @@ void Scenario::Do(const Line& line) {
     } else if (k == "lists") {
         for (const auto& [which, wanted] : Pairs(text)) {
             const char* path = which == "local" ? kLocalList : kUninstallList;
-            const std::optional<std::string> now =
-                winbench::FileExists(path) ? std::optional(winbench::ReadFileBytes(path)) : std::nullopt;
+            const std::optional<std::string> now = ListFile(path);
             if (wanted == "old") {
                 EXPECT_EQ(now, listsBefore_[path]) << which << " changed";
             } else if (wanted == "server") {
@@ -681,12 +597,10 @@ INSTANTIATE_TEST_SUITE_P(Table, Scenario, ::testing::ValuesIn(LoadScenarios("sce
                          [](const auto& info) { return info.param.name; });
 
 // The fault matrix: the same lines, run by the control built for it
-// (CorvanInstallerFaults.ocx, beside this program). A run the server or the
-// PC cuts short does not follow a plan made from the lists.
+// (CorvanInstallerFaults.ocx, beside this program).
 class Fault : public Scenario {
 protected:
     std::string Server() const override { return Beside("CorvanInstallerFaults.ocx"); }
-    bool ChecksThePlan() const override { return false; }
 };
 TEST_P(Fault, Runs) { RunLines(); }
 INSTANTIATE_TEST_SUITE_P(Matrix, Fault, ::testing::ValuesIn(LoadScenarios("faults.txt")),

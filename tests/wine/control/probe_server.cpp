@@ -140,12 +140,6 @@ STDMETHODIMP Site::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindo
     return S_OK;
 }
 
-STDMETHODIMP Site::OnInPlaceDeactivate() {
-    ++deactivations;
-    SetLastError(ERROR_SUCCESS);  // as a host's own calls may
-    return S_OK;
-}
-
 ActivePage::ActivePage(IUnknown* control) {
     site.page = CreateWindowExA(0, "STATIC", "page", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 800, 300, nullptr,
                                 nullptr, nullptr, nullptr);

@@ -90,7 +90,7 @@ public:
                                   LPRECT clip, LPOLEINPLACEFRAMEINFO) override;
     STDMETHODIMP Scroll(SIZE) override { return E_NOTIMPL; }
     STDMETHODIMP OnUIDeactivate(BOOL) override { return S_OK; }
-    STDMETHODIMP OnInPlaceDeactivate() override;
+    STDMETHODIMP OnInPlaceDeactivate() override { ++deactivations; return S_OK; }
     STDMETHODIMP DiscardUndoState() override { return S_OK; }
     STDMETHODIMP DeactivateAndUndo() override { return S_OK; }
     STDMETHODIMP OnPosRectChange(LPCRECT position) override { ++positionChanges; lastPosition = *position; return S_OK; }
