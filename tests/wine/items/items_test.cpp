@@ -175,8 +175,7 @@ TEST_F(Item, FetchedAgainOnlyWhenTheCrcTextDiffers) {
 // The download makes the folders below their drive, share or root, written
 // with backslashes or slashes, passing on the transfer's progress; a share
 // that cannot be reached, or a folder under a file, is the folder's failure
-// (76), not the server's, and leaves nothing behind. A file the server does
-// not have is the download's own error.
+// (76), not the server's, and leaves nothing behind.
 TEST_F(Item, DownloadMakesTheFoldersAndRelaysProgress) {
     item.Source(std::string(std::getenv("CORVAN_HTTP_URL")) + "size/");
     item.FileName("2048");
@@ -223,16 +222,4 @@ TEST_F(Item, DownloadMakesTheFoldersAndRelaysProgress) {
     EXPECT_EQ(events.log.front(), "status Downloading 300");
     EXPECT_EQ(winbench::ReadFileBytes("C:\\corvan-item-rooted\\300").size(), 1024u);  // NUL-padded first block
     winbench::RemoveTree("C:\\corvan-item-rooted");
-
-    item.Source(server.URL());
-    item.FileName("absent.exe");
-    item.InstallFolder(kTalo);
-    const corvan::Failure missing = Raised([&] { item.Install(); });
-    EXPECT_EQ(missing.Number(), static_cast<int32_t>(0x80040064));
-    EXPECT_EQ(missing.Source(), "Corvan.clsInstall.PrepInstaller");
-    EXPECT_EQ(missing.Description(),
-              "Could not locate 'absent.exe' on remote host.\r\nPlease contact the help desk for farther assistance.");
-    EXPECT_EQ(server.Requests("absent.exe", 404), 1);
-    EXPECT_FALSE(winbench::FileExists(kTalo + "absent.exe"));
-    EXPECT_EQ(LogMessages().back(), "Downloading file 'C:\\TALO\\absent.exe'");
 }
