@@ -1,9 +1,10 @@
 #pragma once
 // The unit tests' one harness: a scratch folder, and tables of cases kept as
-// text beside the tests (UNIT_DATA, the test's own folder). "[name]" starts the table of that name; then one case a line,
-// fields split at "|" and trimmed; a field in double quotes keeps its blanks;
-// <CR> <LF> <TAB> <NUL> <BAR> and <xHH> stand for their bytes; blank lines
-// and lines starting with "#" are skipped.
+// text beside the tests (UNIT_DATA, the test's own folder). "[name]" starts
+// the table of that name; then one case a line, its fields split at "|" and
+// trimmed; a field in double quotes keeps its blanks; <CR> <LF> <TAB> <NUL>
+// and <xHH> stand for their bytes; blank lines and lines starting with "#"
+// are skipped.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -46,7 +47,7 @@ inline std::string Decode(std::string text) {
     const size_t a = text.find_first_not_of(' '), b = text.find_last_not_of(' ');
     text = a == std::string::npos ? "" : text.substr(a, b - a + 1);
     if (text.size() >= 2 && text.front() == '"' && text.back() == '"') text = text.substr(1, text.size() - 2);
-    const std::pair<std::string, char> names[] = {{"<CR>", '\r'}, {"<LF>", '\n'}, {"<TAB>", '\t'}, {"<NUL>", '\0'}, {"<BAR>", '|'}};
+    const std::pair<std::string, char> names[] = {{"<CR>", '\r'}, {"<LF>", '\n'}, {"<TAB>", '\t'}, {"<NUL>", '\0'}};
     for (size_t i = 0; i < text.size(); ++i) {
         for (const auto& [name, byte] : names)
             if (text.compare(i, name.size(), name) == 0) text.replace(i, name.size(), 1, byte);
@@ -81,11 +82,11 @@ struct Row {
 };
 
 inline std::vector<Row> Table(const std::string& file, const std::string& name) {
-    std::ifstream in(std::string(UNIT_DATA) + "/" + file, std::ios::binary);
     std::vector<Row> rows;
-    std::string table, line;
-    for (int number = 1; std::getline(in, line); ++number) {
-        if (!line.empty() && line.back() == '\r') line.pop_back();
+    std::string table;
+    int number = 0;
+    for (std::string line : Split(ReadAll(std::string(UNIT_DATA) + "/" + file), '\n')) {
+        if (++number, !line.empty() && line.back() == '\r') line.pop_back();
         if (line.empty() || line[0] == '#') continue;
         if (line[0] == '[' && line.back() == ']') table = line.substr(1, line.size() - 2);
         if (table != name || line[0] == '[') continue;

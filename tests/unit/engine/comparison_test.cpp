@@ -36,10 +36,6 @@ TEST(Comparison, ListFormRowsAndGroups) {
     const std::string forms[] = {"Valid", "Empty", "TooFewFields"};
     for (const auto& c : unit_table::Table("comparison.txt", "forms"))
         EXPECT_EQ(forms[static_cast<int>(CheckListForm(TextRows(c[0])))], c[1]) << c.where;
-    TextRows rows("one\r\n\ntwo\r\nthree");  // a bare line feed is part of a row; an unended last line is none
-    EXPECT_EQ(rows.RowCount(), 2);
-    EXPECT_EQ(rows.GetRow(2), "two");
-    EXPECT_EQ(rows.GetRow(3), "");
     for (const auto& c : unit_table::Table("comparison.txt", "groups"))
         EXPECT_EQ(InstallGroupAllows(c[0], c[1]), c[2] == "1") << c.where;
 }

@@ -48,11 +48,9 @@ TEST(ItemRecordRow, NumericColumnsFollowTheirConversions) {
 // is the file name unless set.
 TEST(ItemRecordRow, SettersNormalise) {
     ItemRecord item;
-    for (int32_t given : {1, -1, 2, 65536, 0}) {
-        item.ExecutePackage(given), item.IsDirty(given), item.Removed(given);
-        EXPECT_EQ(std::vector<int16_t>({item.ExecutePackage(), item.IsDirty(), item.Removed()}),
-                  std::vector<int16_t>(3, given ? -1 : 0)) << given;
-    }
+    item.ExecutePackage(65536), item.IsDirty(2), item.Removed(-1);  // not 0 in 16 bits, nor 2
+    EXPECT_EQ(std::vector<int16_t>({item.ExecutePackage(), item.IsDirty(), item.Removed()}), std::vector<int16_t>(3, -1));
+    item.ExecutePackage(0);
     item.FileName("tool.exe");
     EXPECT_EQ(item.UniformString(), ",,tool.exe,,,,,,0,,,,C:\\talo\\,,0,0,tool.exe");
     EXPECT_EQ(item.StoredInstallFolder(), "C:\\talo\\");

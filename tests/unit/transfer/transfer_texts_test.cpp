@@ -8,17 +8,6 @@
 
 using namespace corvan;
 
-namespace {
-
-// Information that WinINet gives as a number is its four bytes.
-StatusNotice Describe(TransferCounters& counters, uint32_t code, const std::string& info, double size = 0) {
-    const int32_t n = info.rfind('#', 0) == 0 ? std::stoi(info.substr(1)) : 0;
-    const std::string bytes = info.rfind('#', 0) == 0 ? std::string(reinterpret_cast<const char*>(&n), 4) : info;
-    return DescribeStatus(counters, size, code, bytes.data(), static_cast<uint32_t>(bytes.size()));
-}
-
-}  // namespace
-
 TEST(TransferTexts, ErrorTextOfEachCode) {
     std::map<int32_t, std::string> texts;
     for (const auto& row : unit_table::Table("transfer.txt", "errors")) texts[std::stoi(row[0])] = row[1];
@@ -38,9 +27,12 @@ TEST(TransferTexts, StatusTexts) {
     for (const auto& row : unit_table::Table("transfer.txt", "status")) {
         TransferCounters c;
         c.transferMode = std::stoi(row[0]);
-        const StatusNotice notice = Describe(c, std::stoul(row[1]), row[2], std::stod(row[3]));
+        // Information that WinINet gives as a number is its four bytes.
+        const int32_t n = row[2].rfind('#', 0) == 0 ? std::stoi(row[2].substr(1)) : 0;
+        const std::string info = row[2].rfind('#', 0) == 0 ? std::string(reinterpret_cast<const char*>(&n), 4) : row[2];
+        const StatusNotice notice = DescribeStatus(c, std::stod(row[3]), std::stoul(row[1]), info.data(), uint32_t(info.size()));
         EXPECT_EQ(notice.text + " | " + (notice.progress ? std::to_string(int(*notice.progress)) : "-"),
-                  row[4] + " | " + (row.f.size() > 5 ? row[5] : "-")) << row.where;
+                  row[4] + " | " + row[5]) << row.where;
     }
     EXPECT_EQ(ProgressText(67108864, 300), "67108864 bytes of 300 bytes read ");
 }
