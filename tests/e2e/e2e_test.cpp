@@ -130,13 +130,6 @@ std::string SortedWords(const std::string& text) {
     return Join(words, " ");
 }
 
-std::string Beside(const std::string& file) {  // beside this test program
-    char self[MAX_PATH] = {};
-    GetModuleFileNameA(nullptr, self, MAX_PATH);
-    const std::string path = self;
-    return path.substr(0, path.find_last_of('\\') + 1) + file;
-}
-
 // ---- the packages as rows -------------------------------------------------
 
 struct PackageKind {
@@ -579,7 +572,7 @@ INSTANTIATE_TEST_SUITE_P(Table, Scenario, ::testing::ValuesIn(LoadScenarios("sce
 // (CorvanInstallerFaults.ocx, beside this program).
 class Fault : public Scenario {
 protected:
-    std::string Server() const override { return Beside("CorvanInstallerFaults.ocx"); }
+    std::string Server() const override { return winbench::BesideThisProgram("CorvanInstallerFaults.ocx"); }
 };
 TEST_P(Fault, Runs) { RunLines(); }
 INSTANTIATE_TEST_SUITE_P(Matrix, Fault, ::testing::ValuesIn(LoadScenarios("faults.txt")),
