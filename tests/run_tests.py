@@ -1,13 +1,6 @@
 #!/usr/bin/env python3
-"""Runs every test of the three builds and prints the total.
-
-Native test programs run directly. The Windows test programs of both
-architectures run under Wine in one 64-bit (WoW64) prefix of this run's own,
-made fresh under build/wine: each build's list, with each control registered
-by its own regsvr32 first. Results of the Windows builds are named and counted
-per architecture ("[x64]", "[x86]"). Both .ocx files are checked to import
-system DLLs only. The last line printed is always "N passed, N failed".
-"""
+"""Runs every test of the three builds (README, "Tests") and
+prints the count of each build, then always, last, "N passed, N failed"."""
 import argparse
 import os
 import re
@@ -24,52 +17,35 @@ SYSTEM_DLLS = {
     "msvcrt.dll", "crypt32.dll", "urlmon.dll", "winspool.drv", "uxtheme.dll", "msi.dll",
     "advpack.dll", "setupapi.dll", "userenv.dll", "secur32.dll", "ws2_32.dll", "ntdll.dll",
 }
+# The Wine loader that starts each architecture's built-in programs
+# (regsvr32, reg) and so sees its registry view.
+ARCHITECTURES = (("x64", "/usr/lib/wine/wine64", "x86_64-w64-mingw32"), ("x86", "/usr/lib/wine/wine", "i686-w64-mingw32"))
 
-# The Windows architectures: the Wine loader that starts their built-in
-# programs (regsvr32, reg, cscript) and the 32-bit view of the registry.
-WINE64 = "/usr/lib/wine/wine64"
-WINE32 = "/usr/lib/wine/wine"
-ARCHITECTURES = (("x64", WINE64), ("x86", WINE32))
-ENABLE_WINE32 = "./run deps --wine32"
-
-passed = 0
-failed = 0
+by_group = {}  # build -> [passed, failed], in the order first met
 failures = []
-by_group = {}  # "native", "x64", "x86", "fixtures" -> [passed, failed], in the order first met
 group = "native"
 
 
-def record(name, ok, detail=""):
-    global passed, failed
-    counts = by_group.setdefault(group, [0, 0])
-    if ok:
-        passed += 1
-        counts[0] += 1
-    else:
-        failed += 1
-        counts[1] += 1
+def record(name, ok, detail="", quiet=True):
+    by_group.setdefault(group, [0, 0])[0 if ok else 1] += 1
+    if not ok:
         failures.append(name + (": " + detail if detail else ""))
+    if not quiet:
+        print("%-50s %s" % (name, "ok" if ok else "FAILED: " + detail))
 
 
 def check_imports(root):
     global group
-    for arch, triple in (("x64", "x86_64-w64-mingw32"), ("x86", "i686-w64-mingw32")):
+    for arch, _, triple in ARCHITECTURES:
         group = arch
         ocx = os.path.join(root, "out", arch, "CorvanInstaller.ocx")
-        name = "[%s] imports of out/%s/CorvanInstaller.ocx" % (arch, arch)
-        if not os.path.exists(ocx):
-            record(name, False, "missing")
-            continue
-        dump = subprocess.run([triple + "-objdump", "-p", ocx], capture_output=True, text=True).stdout
-        dlls = sorted(set(m.lower() for m in re.findall(r"DLL Name: (\S+)", dump)))
-        foreign = [d for d in dlls if d not in SYSTEM_DLLS]
-        record(name, not foreign, "imports " + ", ".join(foreign))
-        print("%-50s %s" % (name, "ok: " + " ".join(dlls) if not foreign else "FAILED: " + " ".join(foreign)))
+        dump = subprocess.run([triple + "-objdump", "-p", ocx], capture_output=True, text=True)
+        dlls = sorted(set(m.lower() for m in re.findall(r"DLL Name: (\S+)", dump.stdout)))
+        foreign = [d for d in dlls if d not in SYSTEM_DLLS] if dlls else ["(missing or unreadable)"]
+        record("[%s] imports of out/%s/CorvanInstaller.ocx" % (arch, arch), not foreign, " ".join(foreign), False)
     group = "native"
-
-
-def check_xp_floor(root):
-    """Windows XP SP3 exports every function the shipped binaries import; the check proves itself first."""
+    # Windows XP SP3 exports every function the shipped binaries import; the
+    # check proves itself first.
     proc = subprocess.run([sys.executable, os.path.join(root, "tools", "check_xp_imports.py"), "--self-test",
                            os.path.join(root, "out")], capture_output=True, text=True)
     for line in proc.stdout.splitlines():
@@ -79,33 +55,26 @@ def check_xp_floor(root):
         record("XP import check", False, proc.stderr[-2000:])
 
 
-SUMMARY = re.compile(r"^\[  (PASSED|FAILED)  \] (\d+) tests?", re.M)
-FAILED_CASE = re.compile(r"^\[  FAILED  \] (\S+\.\S+)", re.M)
-
-
 def run_gtest(label, command, env, timeout):
+    """One test program: a passed case counts once, a failed case once, a
+    crash, hang or exit without a summary as one failure."""
     start = time.time()
     try:
         proc = subprocess.run(command, env=env, capture_output=True, timeout=timeout)
-        out = proc.stdout.decode("latin-1") + proc.stderr.decode("latin-1")
-        code = proc.returncode
+        out, code = (proc.stdout + proc.stderr).decode("latin-1"), proc.returncode
     except subprocess.TimeoutExpired as e:
-        out = (e.stdout or b"").decode("latin-1")
-        code = None
-    counts = {"PASSED": 0, "FAILED": 0}
-    for kind, n in SUMMARY.findall(out):
-        counts[kind] = int(n)
-    cases = sorted(set(FAILED_CASE.findall(out)))
-    ok_run = code == 0 and counts["FAILED"] == 0
-    for _ in range(counts["PASSED"]):
+        out, code = (e.stdout or b"").decode("latin-1"), None
+    summaries = re.findall(r"^\[  PASSED  \] (\d+) tests?", out, re.M)
+    passed = int(summaries[-1]) if summaries else 0
+    cases = sorted(set(re.findall(r"^\[  FAILED  \] (\S+\.\S+)", out, re.M)))
+    ok_run = code == 0 and not re.search(r"^\[  FAILED  \] \d+ tests?", out, re.M)
+    for _ in range(passed):
         record(label, True)
     for case in cases:
         record(label + " " + case, False)
     if not ok_run and not cases:
-        # A crash, a hang or an exit without a summary counts as one failure.
         record(label, False, "timed out" if code is None else "exit code %s" % code)
-    elapsed = time.time() - start
-    print("%-50s %3d passed, %d failed (%.1fs)" % (label, counts["PASSED"], len(cases) or (0 if ok_run else 1), elapsed))
+    print("%-50s %3d passed, %d failed (%.1fs)" % (label, passed, len(cases) or (0 if ok_run else 1), time.time() - start))
     if not ok_run:
         sys.stdout.write(out[-20000:])
 
@@ -117,178 +86,119 @@ def read_list(path):
         return [line.strip() for line in f if line.strip()]
 
 
-def make_prefix(root, env):
-    prefix = env["WINEPREFIX"]
+def windows_path(path):
+    return "Z:" + os.path.abspath(path).replace("/", "\\")
+
+
+def make_prefix(env):
     subprocess.run(["wineserver", "-k"], env=env, capture_output=True)
-    shutil.rmtree(prefix, ignore_errors=True)
-    os.makedirs(prefix)
-    # A 64-bit prefix: it runs 64-bit and, with 32-bit Wine installed, 32-bit programs.
-    subprocess.run([WINE64, "wineboot", "-i"], env=env, capture_output=True, check=True)
-    # The headless graphics driver: windows, timers and FindWindow work
-    # without a display.
-    subprocess.run([WINE64, "reg", "add", "HKCU\\Software\\Wine\\Drivers", "/v", "Graphics", "/d", "null", "/f"],
-                   env=env, capture_output=True, check=True)
-    # One server for the whole run, instead of one started (with the prefix's
-    # services) for every test program.
-    # Its first program starts the prefix's services, which then stay: they
-    # must not hold the output pipes of a program the runner reads.
-    quiet = {"stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
-    subprocess.run(["wineserver", "-p"], env=env, check=True, **quiet)
-    subprocess.run([WINE64, "cmd", "/c", "exit"], env=env, check=True, **quiet)
-
-
-def wine32_missing():
-    """Why 32-bit programs cannot run here, or "" when they can."""
-    if not os.access(WINE32, os.X_OK):
-        return "32-bit Wine (wine32:i386) is not installed"
-    return ""
+    shutil.rmtree(env["WINEPREFIX"], ignore_errors=True)
+    os.makedirs(env["WINEPREFIX"])
+    # 64-bit, so that it runs both architectures, with the headless graphics
+    # driver (windows, timers and FindWindow work without a display). Read
+    # to the end, their output also waits for the server they started to go.
+    for command in (["wineboot", "-i"], ["reg", "add", "HKCU\\Software\\Wine\\Drivers", "/v", "Graphics", "/d", "null", "/f"]):
+        subprocess.run([ARCHITECTURES[0][1]] + command, env=env, capture_output=True, check=True)
+    # One server for the whole run; its first program starts the prefix's
+    # services, which stay and must not hold a test program's output pipes.
+    quiet = {"env": env, "stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+    subprocess.run(["wineserver", "-p"], check=True, **quiet)
+    subprocess.run([ARCHITECTURES[0][1], "cmd", "/c", "exit"], check=True, **quiet)
 
 
 def register_control(arch, loader, out, env):
-    """Registers the architecture's control with its own regsvr32 and checks
-    that its own registry view names that file."""
-    name = "[%s] register out/%s/CorvanInstaller.ocx" % (arch, arch)
+    """Registers the architecture's control with its own regsvr32; its own
+    registry view must name that file as the server."""
     ocx = windows_path(os.path.join(out, "CorvanInstaller.ocx"))
-    reg = subprocess.run([loader, "regsvr32", "/s", ocx], env=env, capture_output=True, timeout=120)
-    detail = "regsvr32 exit code %d" % reg.returncode if reg.returncode != 0 else ""
-    if not detail:
-        progid = query_default(loader, "HKCR\\CorvanInstaller.ManageClient\\CLSID", env)
-        server = query_default(loader, "HKCR\\CLSID\\%s\\InprocServer32" % progid, env) if progid else ""
-        if server.lower() != ocx.lower():
-            detail = "the %s registry view names %r as the server" % (arch, server)
-    record(name, not detail, detail)
-    print("%-50s %s" % (name, "FAILED: " + detail if detail else "ok"))
 
+    def default_value(key):
+        proc = subprocess.run([loader, "reg", "query", key, "/ve"], env=env, capture_output=True, text=True, timeout=120)
+        match = re.search(r"REG_SZ\s+(.*\S)", proc.stdout)
+        return match.group(1) if match else ""
 
-def query_default(loader, key, env):
-    proc = subprocess.run([loader, "reg", "query", key, "/ve"], env=env, capture_output=True, text=True,
-                          timeout=120)
-    match = re.search(r"REG_SZ\s+(.*\S)", proc.stdout)
-    return match.group(1) if match else ""
+    code = subprocess.run([loader, "regsvr32", "/s", ocx], env=env, capture_output=True, timeout=120).returncode
+    server = default_value("HKCR\\CLSID\\%s\\InprocServer32" % default_value("HKCR\\CorvanInstaller.ManageClient\\CLSID"))
+    detail = ("regsvr32 exit code %d" % code if code else
+              "" if server.lower() == ocx.lower() else "the %s registry view names %r as the server" % (arch, server))
+    record("[%s] register out/%s/CorvanInstaller.ocx" % (arch, arch), not detail, detail, False)
 
 
 def start_fixtures(root, env):
-    """Starts the services the Windows tests use.
-
-    Every executable tests/fixtures/<name>/start is run with the test
-    environment (WINEPREFIX among it) and must return once its service is
-    ready. Lines KEY=VALUE that it prints are added to the environment of the
-    test programs. tests/fixtures/<name>/stop is run at the end.
-    """
-    started = []
+    """Every executable tests/fixtures/<name>/start runs with the test
+    environment and returns once its service is ready; the KEY=VALUE lines it
+    prints join the environment of the test programs. Returns the stops."""
+    stops = []
     fixtures = os.path.join(root, "tests", "fixtures")
-    if not os.path.isdir(fixtures):
-        return started
     for name in sorted(os.listdir(fixtures)):
         start = os.path.join(fixtures, name, "start")
         if not os.access(start, os.X_OK):
             continue
         proc = subprocess.run([start], env=env, capture_output=True, text=True, timeout=300)
-        ok = proc.returncode == 0
-        record("fixture " + name, ok, proc.stderr[-2000:])
-        print("%-50s %s" % ("fixture " + name, "started" if ok else "FAILED"))
-        if not ok:
-            sys.stdout.write(proc.stdout[-4000:] + proc.stderr[-4000:])
-        for line in proc.stdout.splitlines():
-            if re.match(r"^[A-Z_][A-Z0-9_]*=", line):
-                key, value = line.split("=", 1)
-                env[key] = value
-        started.append(os.path.join(fixtures, name))
-    return started
-
-
-def stop_fixtures(started, env):
-    for folder in started:
-        stop = os.path.join(folder, "stop")
-        if os.access(stop, os.X_OK):
-            subprocess.run([stop], env=env, capture_output=True, timeout=120)
-
-
-def windows_path(path):
-    return "Z:" + path.replace("/", "\\")
+        record("fixture " + name, proc.returncode == 0, proc.stderr[-2000:], False)
+        env.update(line.split("=", 1) for line in proc.stdout.splitlines() if re.match(r"^[A-Z_][A-Z0-9_]*=", line))
+        stops.append(os.path.join(fixtures, name, "stop"))
+    return stops
 
 
 def main():
+    global group
     parser = argparse.ArgumentParser()
     parser.add_argument("--root", required=True)
     parser.add_argument("--filter", default="", help="run only test programs whose path contains this")
-    parser.add_argument("--native", help="native build folder (default build/native)")
-    parser.add_argument("--windows", help="64-bit Windows build folder (default build/x64)")
-    parser.add_argument("--out", help="folder of the 64-bit shipped binaries (default out/x64)")
-    parser.add_argument("--windows32", help="32-bit Windows build folder (default build/x86)")
-    parser.add_argument("--out32", help="folder of the 32-bit shipped binaries (default out/x86)")
-    parser.add_argument("--prefix", help="Wine prefix to make and use (default build/wine/prefix)")
     args = parser.parse_args()
     root = args.root
-    native = args.native or os.path.join(root, "build", "native")
-    builds = {"x64": args.windows or os.path.join(root, "build", "x64"),
-              "x86": args.windows32 or os.path.join(root, "build", "x86")}
-    outs = {"x64": args.out or os.path.join(root, "out", "x64"),
-            "x86": args.out32 or os.path.join(root, "out", "x86")}
-    prefix = args.prefix or os.path.join(root, "build", "wine", "prefix")
 
     print("== imports")
     check_imports(root)
-    check_xp_floor(root)
 
     print("== native tests")
-    env = dict(os.environ)
-    env["ASAN_OPTIONS"] = "detect_leaks=1"
-    for binary in read_list(os.path.join(native, "test-binaries.txt")):
+    env = dict(os.environ, ASAN_OPTIONS="detect_leaks=1")
+    for binary in read_list(os.path.join(root, "build", "native", "test-binaries.txt")):
         if args.filter in binary:
             run_gtest(os.path.basename(binary), [binary], env, 600)
 
     print("== Windows tests under Wine")
-    wenv = dict(os.environ)
-    wenv["WINEPREFIX"] = os.path.abspath(prefix)
-    wenv["WINEDEBUG"] = "-all"
-    wenv["WINEDLLOVERRIDES"] = "mscoree,mshtml="  # no Mono or Gecko installer prompts
-    wenv["CORVAN_ROOT"] = windows_path(root)
-    wenv["CORVAN_ROOT_UNIX"] = root
-    # The fixtures' helpers come from the 64-bit build.
-    wenv["CORVAN_WINDOWS_BUILD"] = windows_path(os.path.abspath(builds["x64"]))
-    make_prefix(root, wenv)
-    global group
+    # No Mono or Gecko installer prompts; the fixtures' helpers come from the 64-bit build.
+    wenv = dict(os.environ, WINEPREFIX=os.path.join(root, "build", "wine", "prefix"), WINEDEBUG="-all",
+                WINEDLLOVERRIDES="mscoree,mshtml=", CORVAN_ROOT=windows_path(root), CORVAN_ROOT_UNIX=root,
+                CORVAN_WINDOWS_BUILD=windows_path(os.path.join(root, "build", "x64")))
+    make_prefix(wenv)
     group = "fixtures"
-    started = start_fixtures(root, wenv)
+    stops = start_fixtures(root, wenv)
     try:
-        for arch, loader in ARCHITECTURES:
+        for arch, loader, _ in ARCHITECTURES:
             group = arch
             by_group.setdefault(arch, [0, 0])
-            if arch == "x86" and wine32_missing():
-                why = wine32_missing()
+            if arch == "x86" and not os.access(loader, os.X_OK):
+                why = "32-bit Wine (wine32:i386) is not installed"
                 if os.environ.get("CI") == "true":
-                    record("[x86] tests", False, why + " on CI")
-                    print("[x86] tests FAILED: %s (CI installs it with ./run deps)" % why)
+                    record("[x86] tests", False, why + " on CI (./run deps installs it)", False)
                 else:
-                    print("[x86] tests skipped: %s; %s installs it" % (why, ENABLE_WINE32))
+                    print("[x86] tests skipped: %s; ./run deps --wine32 installs it" % why)
                 continue
             print("== [%s] Windows tests" % arch)
-            aenv = dict(wenv)
-            aenv["CORVAN_OUT_DIR"] = windows_path(os.path.abspath(outs[arch]))
-            aenv["CORVAN_WINDOWS_BUILD"] = windows_path(os.path.abspath(builds[arch]))
+            build, out = os.path.join(root, "build", arch), os.path.join(root, "out", arch)
+            aenv = dict(wenv, CORVAN_OUT_DIR=windows_path(out), CORVAN_WINDOWS_BUILD=windows_path(build))
             start = time.time()
-            register_control(arch, loader, outs[arch], aenv)
-            listing = os.path.join(builds[arch], "test-binaries.txt")
+            register_control(arch, loader, out, aenv)
+            listing = os.path.join(build, "test-binaries.txt")
             if not os.path.exists(listing):
-                record("[%s] test list" % arch, False, listing + " is missing (configure with: cmake --preset %s)"
-                       % arch)
+                record("[%s] test list" % arch, False, listing + " is missing (configure with: cmake --preset %s)" % arch)
             for binary in read_list(listing):
                 if args.filter in binary:
                     run_gtest("[%s] %s" % (arch, os.path.basename(binary)), [loader, binary], aenv, 900)
-            print("== [%s] %d passed, %d failed (%.0fs)" % (arch, by_group[arch][0], by_group[arch][1],
-                                                         time.time() - start))
+            print("== [%s] %d passed, %d failed (%.0fs)" % (arch, *by_group[arch], time.time() - start))
     finally:
         group = "native"
-        stop_fixtures(started, wenv)
+        for stop in stops:
+            if os.access(stop, os.X_OK):
+                subprocess.run([stop], env=wenv, capture_output=True, timeout=120)
         subprocess.run(["wineserver", "-k"], env=wenv, capture_output=True)
 
     if failures:
-        print("== failures")
-        for f in failures:
-            print("  " + f)
-    print("by build: " + ", ".join("[%s] %d passed, %d failed" % (g, by_group[g][0], by_group[g][1])
-                                   for g in by_group))
+        print("== failures\n" + "\n".join("  " + f for f in failures))
+    print("by build: " + ", ".join("[%s] %d passed, %d failed" % (g, *n) for g, n in by_group.items()))
+    passed, failed = sum(n[0] for n in by_group.values()), sum(n[1] for n in by_group.values())
     print("%d passed, %d failed" % (passed, failed))
     return 0 if failed == 0 else 1
 

@@ -1,8 +1,8 @@
 // The engine of CorvanInstallerFaults.ocx, the control the fault scenarios
 // run and nobody ships: the real engine and transfer, with waits and pauses
 // short enough for a test, and the two alternate installer URLs taken from
-// the environment (CORVAN_TEST_ALT_URL_SOURCE_1 and _2) at every call,
-// since the test server's ports are chosen when it starts.
+// the environment (CORVAN_TEST_ALT_URL_SOURCE_1 and _2) at every call, since
+// the test server's ports are chosen when it starts.
 #include <windows.h>
 
 #include "engine/clsInstall.h"
@@ -10,25 +10,7 @@
 #include "transfer/retry_policy.h"
 
 namespace corvan {
-
 namespace {
-
-void TakeAlternatesFromTheEnvironment() {
-    InstallerSettings& settings = modCorvanInstaller_Global();
-    const struct {
-        const char* variable;
-        void (InstallerSettings::*set)(std::string);
-        const char* key;
-    } alternates[] = {{"CORVAN_TEST_ALT_URL_SOURCE_1", &InstallerSettings::AltUrlSource1, "ALT_URL_SOURCE_1"},
-                      {"CORVAN_TEST_ALT_URL_SOURCE_2", &InstallerSettings::AltUrlSource2, "ALT_URL_SOURCE_2"}};
-    for (const auto& alternate : alternates) {
-        char url[2048] = {};
-        const DWORD length = GetEnvironmentVariableA(alternate.variable, url, sizeof url);
-        if (length == 0 || length >= sizeof url) continue;
-        (settings.*alternate.set)(url);
-        if (settings.Dictionary().Contains(alternate.key)) settings.DictionaryItem(alternate.key, url);
-    }
-}
 
 class FaultBuildEngine : public clsInstall {
 public:
@@ -40,6 +22,19 @@ public:
     bool NeedToInstall() override {
         TakeAlternatesFromTheEnvironment();
         return clsInstall::NeedToInstall();
+    }
+
+private:
+    static void TakeAlternatesFromTheEnvironment() {
+        InstallerSettings& settings = modCorvanInstaller_Global();
+        for (const char* number : {"1", "2"}) {
+            char url[2048] = {};
+            const DWORD length = GetEnvironmentVariableA((std::string("CORVAN_TEST_ALT_URL_SOURCE_") + number).c_str(), url, sizeof url);
+            if (length == 0 || length >= sizeof url) continue;
+            number == std::string("1") ? settings.AltUrlSource1(url) : settings.AltUrlSource2(url);
+            const std::string key = std::string("ALT_URL_SOURCE_") + number;
+            if (settings.Dictionary().Contains(key)) settings.DictionaryItem(key, url);
+        }
     }
 };
 

@@ -6,9 +6,8 @@
 int main(int argc, char** argv) {
     if (argc != 3) return 2;
     HANDLE file = CreateFileA(argv[1], GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) return 1;
     HANDLE held = OpenEventA(EVENT_MODIFY_STATE, FALSE, argv[2]);
-    if (!held) return 1;
+    if (file == INVALID_HANDLE_VALUE || !held) return 1;
     SetEvent(held);
     Sleep(INFINITE);
 }

@@ -1,6 +1,9 @@
 // The command line of CorvanClient.exe: what scripts and the help desk type.
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <sstream>
+
 #include "host/host_options.h"
 
 using corvan::host::ParseHostOptions;
@@ -8,15 +11,8 @@ using corvan::host::ParseHostOptions;
 namespace {
 
 std::vector<std::string> Words(const std::string& line) {
-    std::vector<std::string> words;
-    size_t start = 0;
-    while (start < line.size()) {
-        size_t end = line.find(' ', start);
-        if (end == std::string::npos) end = line.size();
-        if (end > start) words.push_back(line.substr(start, end - start));
-        start = end + 1;
-    }
-    return words;
+    std::istringstream words(line);
+    return {std::istream_iterator<std::string>(words), std::istream_iterator<std::string>()};
 }
 
 TEST(HostOptions, GoodCommandLines) {

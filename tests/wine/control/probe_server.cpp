@@ -1,22 +1,18 @@
 #include "probe_server.h"
 
+#include <cstdlib>
+
 #include "control/bstr_text.h"
 
 namespace control_tests {
 
 namespace {
-HMODULE Probe() { return GetModuleHandleA("CorvanControlProbe.ocx"); }
+FARPROC ProbeExport(const char* name) { return GetProcAddress(GetModuleHandleA("CorvanControlProbe.ocx"), name); }
 }  // namespace
 
-std::string ProbePath() {
-    char path[MAX_PATH];
-    std::string program(path, GetModuleFileNameA(nullptr, path, MAX_PATH));
-    return program.substr(0, program.rfind('\\') + 1) + "CorvanControlProbe.ocx";
-}
-
 bool Regsvr32(const std::string& path, bool unregister) {
-    std::string command = std::string("regsvr32.exe /s ") + (unregister ? "/u " : "") + "\"" + path + "\"";
-    return winbench::RunAndWait(command).exitCode == 0;
+    return winbench::RunAndWait(std::string("regsvr32.exe /s ") + (unregister ? "/u " : "") + "\"" + path + "\"")
+               .exitCode == 0;
 }
 
 ComPtr<IDispatch> CreateControl() {
@@ -28,23 +24,21 @@ ComPtr<IDispatch> CreateControl() {
 }
 
 void SetScript(const char* script) {
-    auto set = reinterpret_cast<void (*)(const char*)>(GetProcAddress(Probe(), "RecordingEngineSetScript"));
+    auto set = reinterpret_cast<void (*)(const char*)>(reinterpret_cast<void*>(ProbeExport("RecordingEngineSetScript")));
     ASSERT_TRUE(set);
     set(script);
 }
 
 std::string Journal() {
-    auto get = reinterpret_cast<const char* (*)()>(GetProcAddress(Probe(), "RecordingEngineJournal"));
+    auto get = reinterpret_cast<const char* (*)()>(reinterpret_cast<void*>(ProbeExport("RecordingEngineJournal")));
     return get ? get() : "(probe not loaded)";
 }
 
 STDMETHODIMP EventSink::QueryInterface(REFIID riid, void** out) {
-    *out = IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IDispatch) || IsEqualIID(riid, DIID___ManageClient)
-               ? this
-               : nullptr;
-    if (!*out) return E_NOINTERFACE;
-    AddRef();
-    return S_OK;
+    const bool known = IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IDispatch) || IsEqualIID(riid, DIID___ManageClient);
+    *out = known ? this : nullptr;
+    if (known) AddRef();
+    return known ? S_OK : E_NOINTERFACE;
 }
 
 STDMETHODIMP EventSink::Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* params, VARIANT*, EXCEPINFO*, UINT*) {
@@ -74,7 +68,7 @@ DISPID DispidOf(IDispatch* object, const wchar_t* name) {
 
 VARIANT Call(IDispatch* object, const wchar_t* name, WORD flags, VARIANT* argument) {
     DISPID put = DISPID_PROPERTYPUT;
-    bool putting = flags & DISPATCH_PROPERTYPUT;
+    const bool putting = flags & DISPATCH_PROPERTYPUT;
     DISPPARAMS params = {argument, putting ? &put : nullptr, argument ? 1u : 0u, putting ? 1u : 0u};
     VARIANT result;
     VariantInit(&result);
@@ -92,6 +86,27 @@ VARIANT Long(LONG value) {
     return v;
 }
 
+void Page::SetUp() {
+    ASSERT_TRUE(SUCCEEDED(OleInitialize(nullptr)));
+    char path[MAX_PATH];
+    std::string program(path, GetModuleFileNameA(nullptr, path, MAX_PATH));
+    ASSERT_TRUE(Regsvr32(program.substr(0, program.rfind('\\') + 1) + "CorvanControlProbe.ocx"));
+    winbench::RemoveTree("C:\\TALO");
+    control = CreateControl();
+    ASSERT_TRUE(control);
+    SetScript("");
+    point = Advise(control.Get(), sink, cookie);
+    ASSERT_TRUE(point);
+}
+
+void Page::TearDown() {
+    if (point) point->Unadvise(cookie);
+    point = nullptr;
+    control = nullptr;
+    winbench::RemoveTree("C:\\TALO");
+    OleUninitialize();
+}
+
 void Page::Put(const wchar_t* name, const char* text) {
     corvan::com::Bstr value(text);
     VARIANT argument;
@@ -103,9 +118,85 @@ void Page::Put(const wchar_t* name, const char* text) {
 std::string Page::Get(const wchar_t* name) {
     VARIANT result = Call(control.Get(), name, DISPATCH_PROPERTYGET);
     EXPECT_EQ(V_VT(&result), VT_BSTR) << "not a text";
-    std::string text = V_VT(&result) == VT_BSTR ? corvan::com::FromBstr(V_BSTR(&result)) : "";
+    const std::string text = V_VT(&result) == VT_BSTR ? corvan::com::FromBstr(V_BSTR(&result)) : "";
     VariantClear(&result);
     return text;
+}
+
+STDMETHODIMP Site::QueryInterface(REFIID riid, void** out) {
+    *out = nullptr;
+    if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IOleClientSite)) *out = static_cast<IOleClientSite*>(this);
+    if (IsEqualIID(riid, IID_IOleWindow) || IsEqualIID(riid, IID_IOleInPlaceSite)) *out = static_cast<IOleInPlaceSite*>(this);
+    if (!*out) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
+}
+
+STDMETHODIMP Site::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindow** document, LPRECT position,
+                                    LPRECT clip, LPOLEINPLACEFRAMEINFO) {
+    *frame = nullptr;
+    *document = nullptr;
+    *position = *clip = kPosition;
+    return S_OK;
+}
+
+ActivePage::ActivePage(IUnknown* control) {
+    site.page = CreateWindowExA(0, "STATIC", "page", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 800, 300, nullptr,
+                                nullptr, nullptr, nullptr);
+    control->QueryInterface(IID_IOleObject, ole.PutVoid());
+    if (!ole) return;
+    ole->SetClientSite(&site);
+    RECT position = Site::kPosition;
+    ole->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, &site, 0, site.page, &position);
+    ComPtr<IOleInPlaceObject> inPlace;
+    if (SUCCEEDED(control->QueryInterface(IID_IOleInPlaceObject, inPlace.PutVoid()))) inPlace->GetWindow(&window);
+}
+
+ActivePage::~ActivePage() {
+    if (ole) {
+        ole->Close(OLECLOSE_NOSAVE);
+        ole->SetClientSite(nullptr);
+    }
+    DestroyWindow(site.page);
+}
+
+bool Picture::SameIn(const Picture& other, const RECT& area) const {
+    for (int y = area.top; y < area.bottom; ++y)
+        for (int x = area.left; x < area.right; ++x)
+            if (At(x, y) != other.At(x, y)) return false;
+    return true;
+}
+
+void Picture::Save(const std::string& name) const {
+    const char* build = std::getenv("CORVAN_WINDOWS_BUILD");
+    const std::string folder = std::string(build ? build : ".") + "\\pictures";
+    CreateDirectoryA(folder.c_str(), nullptr);
+    BITMAPINFOHEADER info = {sizeof info, width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    const DWORD bytes = static_cast<DWORD>(pixels.size() * 4);
+    BITMAPFILEHEADER file = {0x4D42, static_cast<DWORD>(sizeof file + sizeof info + bytes), 0, 0, sizeof file + sizeof info};
+    std::string data(reinterpret_cast<const char*>(&file), sizeof file);
+    data.append(reinterpret_cast<const char*>(&info), sizeof info);
+    data.append(reinterpret_cast<const char*>(pixels.data()), bytes);
+    winbench::WriteFileBytes(folder + "\\" + name + ".bmp", data);
+}
+
+Picture Capture(int width, int height, const std::function<void(HDC)>& draw) {
+    BITMAPINFO format = {{sizeof format.bmiHeader, width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0}, {}};
+    void* bits = nullptr;
+    HBITMAP bitmap = CreateDIBSection(nullptr, &format, DIB_RGB_COLORS, &bits, nullptr, 0);
+    HDC dc = CreateCompatibleDC(nullptr);
+    HGDIOBJ old = SelectObject(dc, bitmap);
+    RECT all = {0, 0, width, height};
+    FillRect(dc, &all, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
+    draw(dc);
+    GdiFlush();
+    const auto* first = static_cast<const uint32_t*>(bits);
+    Picture picture{width, height, std::vector<uint32_t>(first, first + static_cast<size_t>(width) * height)};
+    for (uint32_t& p : picture.pixels) p &= 0xFFFFFF;
+    SelectObject(dc, old);
+    DeleteDC(dc);
+    DeleteObject(bitmap);
+    return picture;
 }
 
 }  // namespace control_tests

@@ -1,7 +1,9 @@
 #pragma once
 // What the COM tests share: the probe server (the control with the recording
-// engine, built beside the test program), an event sink, calls by name, and
-// the page that creates the registered control by ProgID.
+// engine, built beside the test program) registered and created by ProgID as
+// a page creates it, an event sink, calls by name, a container's site and
+// pictures of what the control draws.
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -19,19 +21,12 @@ namespace control_tests {
 
 using corvan::com::ComPtr;
 
-// Registers, or unregisters, a server with the system's regsvr32.
-bool Regsvr32(const std::string& path, bool unregister = false);
-std::string ProbePath();  // beside this test program
-
-// The registered control, created by ProgID as a page creates it.
-ComPtr<IDispatch> CreateControl();
-
-// The recording engine inside the loaded probe server.
-void SetScript(const char* script);
+bool Regsvr32(const std::string& path, bool unregister = false);  // with the system's regsvr32
+ComPtr<IDispatch> CreateControl();                                 // the registered control, by ProgID
+void SetScript(const char* script);  // of the recording engine inside the loaded probe server
 std::string Journal();
 
-// An event sink for __ManageClient that keeps what it heard as
-// "<dispid>:<text>".
+// An event sink for __ManageClient that keeps what it heard as "<dispid>:<text>".
 class EventSink : public IDispatch {
 public:
     std::vector<std::string> heard;
@@ -46,9 +41,7 @@ public:
     STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* params, VARIANT*, EXCEPINFO*, UINT*) override;
 };
 
-// Advises `sink` on the control's event connection point.
 ComPtr<IConnectionPoint> Advise(IDispatch* control, EventSink& sink, DWORD& cookie);
-
 DISPID DispidOf(IDispatch* object, const wchar_t* name);
 // Calls a member by name with at most one argument; expects it to succeed.
 VARIANT Call(IDispatch* object, const wchar_t* name, WORD flags = DISPATCH_METHOD, VARIANT* argument = nullptr);
@@ -59,32 +52,85 @@ VARIANT Long(LONG value);
 // unregisters that must not leave later tests without a server.
 class Page : public ::testing::Test {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(SUCCEEDED(OleInitialize(nullptr)));
-        ASSERT_TRUE(Regsvr32(ProbePath()));
-        winbench::RemoveTree("C:\\TALO");
-        control = CreateControl();
-        ASSERT_TRUE(control);
-        SetScript("");
-        point = Advise(control.Get(), sink, cookie);
-        ASSERT_TRUE(point);
-    }
-    void TearDown() override {
-        if (point) point->Unadvise(cookie);
-        point = nullptr;
-        control = nullptr;
-        winbench::RemoveTree("C:\\TALO");
-        OleUninitialize();
-    }
-
+    void SetUp() override;
+    void TearDown() override;
     void Put(const wchar_t* name, const char* text);
     std::string Get(const wchar_t* name);
     VARIANT Run(VARIANT mode) { return Call(control.Get(), L"Run", DISPATCH_METHOD, &mode); }
+    VARIANT Session(const char* script, LONG mode = 1) {  // one Run whose engine plays `script`
+        SetScript(script);
+        return Run(Long(mode));
+    }
 
     ComPtr<IDispatch> control;
     ComPtr<IConnectionPoint> point;
     EventSink sink;
     DWORD cookie = 0;
 };
+
+// A container's site: the page window the control is activated in, as a
+// browser gives it.
+class Site : public IOleClientSite, public IOleInPlaceSite {
+public:
+    STDMETHODIMP QueryInterface(REFIID riid, void** out) override;
+    STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
+    STDMETHODIMP_(ULONG) Release() override { return --references; }
+    STDMETHODIMP SaveObject() override { return S_OK; }
+    STDMETHODIMP GetMoniker(DWORD, DWORD, IMoniker**) override { return E_NOTIMPL; }
+    STDMETHODIMP GetContainer(IOleContainer** container) override { *container = nullptr; return E_NOINTERFACE; }
+    STDMETHODIMP ShowObject() override { return S_OK; }
+    STDMETHODIMP OnShowWindow(BOOL) override { return S_OK; }
+    STDMETHODIMP RequestNewObjectLayout() override { return E_NOTIMPL; }
+    STDMETHODIMP GetWindow(HWND* window) override { *window = page; return S_OK; }
+    STDMETHODIMP ContextSensitiveHelp(BOOL) override { return E_NOTIMPL; }
+    STDMETHODIMP CanInPlaceActivate() override { return S_OK; }
+    STDMETHODIMP OnInPlaceActivate() override { ++activations; return S_OK; }
+    STDMETHODIMP OnUIActivate() override { return S_OK; }
+    STDMETHODIMP GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindow** document, LPRECT position,
+                                  LPRECT clip, LPOLEINPLACEFRAMEINFO) override;
+    STDMETHODIMP Scroll(SIZE) override { return E_NOTIMPL; }
+    STDMETHODIMP OnUIDeactivate(BOOL) override { return S_OK; }
+    STDMETHODIMP OnInPlaceDeactivate() override { ++deactivations; return S_OK; }
+    STDMETHODIMP DiscardUndoState() override { return S_OK; }
+    STDMETHODIMP DeactivateAndUndo() override { return S_OK; }
+    STDMETHODIMP OnPosRectChange(LPCRECT position) override { ++positionChanges; lastPosition = *position; return S_OK; }
+
+    static constexpr RECT kPosition = {10, 20, 610, 147};
+    HWND page = nullptr;
+    ULONG references = 1;
+    int activations = 0, deactivations = 0, positionChanges = 0;
+    RECT lastPosition = {};
+};
+
+// A visible page window with the control activated in place in it, as a
+// browser shows it; closed and gone with the object.
+class ActivePage {
+public:
+    explicit ActivePage(IUnknown* control);
+    ~ActivePage();
+    ActivePage(const ActivePage&) = delete;
+    ActivePage& operator=(const ActivePage&) = delete;
+
+    Site site;
+    ComPtr<IOleObject> ole;
+    HWND window = nullptr;  // the control's own
+};
+
+// What a device context shows, read back pixel by pixel.
+struct Picture {
+    int width = 0, height = 0;
+    std::vector<uint32_t> pixels;  // 0x00RRGGBB, top row first
+
+    COLORREF At(int x, int y) const {
+        const uint32_t p = pixels[static_cast<size_t>(y) * width + x];
+        return RGB((p >> 16) & 0xFF, (p >> 8) & 0xFF, p & 0xFF);
+    }
+    bool SameIn(const Picture& other, const RECT& area) const;
+    // As a BMP file in the Windows build's pictures folder, for people to look at.
+    void Save(const std::string& name) const;
+};
+
+// Lets `draw` paint into a white width x height memory bitmap and reads it.
+Picture Capture(int width, int height, const std::function<void(HDC)>& draw);
 
 }  // namespace control_tests

@@ -17,19 +17,10 @@ using Step = std::vector<std::string>;  // the kind, then its fields
 std::vector<Step> script;
 std::string journal;
 
-std::string Setting(const char* name, const char* fallback) {
+std::string Answer(const char* name, const char* fallback) {
     for (const Step& step : script)
-        if (step[0] == name && step.size() > 1) return step[1];
+        if (step[0] == name) return step[1];
     return fallback;
-}
-
-// Lets the thread's windows and timers run, as a long engine step does.
-void Pump(int milliseconds) {
-    for (DWORD end = GetTickCount() + milliseconds; static_cast<int>(end - GetTickCount()) > 0;) {
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
-        MSG message;
-        while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageA(&message);
-    }
 }
 
 class RecordingEngine : public corvan::InstallEngine {
@@ -40,50 +31,44 @@ public:
     void InstallFile(std::string path) override { journal += "InstallFile=" + (installFile_ = path) + "\n"; }
     std::string UnInstallFile() const override { return uninstallFile_; }
     void UnInstallFile(std::string path) override { journal += "UnInstallFile=" + (uninstallFile_ = path) + "\n"; }
-
     bool PrepInstaller(int32_t mode, bool force) override {
         journal += "PrepInstaller(" + std::to_string(mode) + "," + corvan::BooleanText(force) +
                    ") url=" + corvan::modCorvanInstaller_Global().MasterUrlSource() + "\n";
-        Play();
-        return Setting("result", "True") == "True";
+        Play("");
+        return Answer("result", "True") == "True";
     }
-
     bool NeedToInstall() override {
         journal += "NeedToInstall()\n";
-        Play();
-        return Setting("need", "False") == "True";
+        Play("");
+        return Answer("need", "False") == "True";
     }
-
-    std::string NeedToDo() const override { return Setting("todo", ""); }
-
+    std::string NeedToDo() const override { return Answer("todo", ""); }
     bool GetWindowsConfiguration(corvan::KeyedCollection<std::string>&) override {
         journal += "GetWindowsConfiguration()\n";
         return true;
     }
-
-    std::string Status() const override { return Setting("status", ""); }
+    std::string Status() const override { return Answer("status", ""); }
 
 private:
-    // The steps of the script whose kind starts with `when` ("" for the
-    // steps of an operation, "new:" for those of the engine's creation).
-    void Play(const std::string& when = "") {
-        for (Step step : script) {
-            step.resize(3);
-            if (step[0].rfind("new:", 0) == 0) {
-                if (when.empty()) continue;
-                step[0] = step[0].substr(when.size());
-            } else if (!when.empty()) {
-                continue;
-            }
-            const std::string &kind = step[0], &text = step[1];
-            float fraction = std::strtof(text.c_str(), nullptr);
+    // The steps whose kind starts with `when` ("new:" while the engine is
+    // made, "" for an operation's, which never start with "new:").
+    void Play(const std::string& when) {
+        for (const Step& step : script) {
+            if (step[0].rfind("new:", 0) == 0 ? when.empty() : !when.empty()) continue;
+            const std::string kind = step[0].substr(when.size()), &text = step[1];
+            const float fraction = std::strtof(text.c_str(), nullptr);
             if (kind == "InstallationStatus") events_.InstallationStatus(text);
             else if (kind == "StatusMsgChange") events_.StatusMsgChange(text);
             else if (kind == "InstallerError") events_.InstallerError(text);
             else if (kind == "ProgressUpdate") events_.ProgressUpdate(fraction);
             else if (kind == "FTPStatus") events_.FTPStatus(fraction, step[2]);
-            else if (kind == "pump") Pump(std::atoi(text.c_str()));
             else if (kind == "throw") throw std::bad_alloc();
+            else if (kind == "pump")
+                for (DWORD end = GetTickCount() + std::atoi(text.c_str()); static_cast<int>(end - GetTickCount()) > 0;) {
+                    MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
+                    MSG message;
+                    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageA(&message);
+                }
         }
     }
 
@@ -101,7 +86,8 @@ extern "C" void RecordingEngineSetScript(const char* text) {
         std::stringstream fields(line);
         Step step;
         for (std::string field; std::getline(fields, field, '|');) step.push_back(field);
-        if (!step.empty()) script.push_back(step);
+        step.resize(3);
+        if (!step[0].empty()) script.push_back(step);
     }
 }
 

@@ -1,12 +1,9 @@
+// Component registration against the prefix's registry, with real modules
+// and type libraries built by the test build.
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <optional>
-#include <string>
-#include <thread>
-#include <vector>
-
-#include <windows.h>
 
 #include "engine/RegisterControls.h"
 #include "engine/registration_pass.h"
@@ -21,24 +18,10 @@ const std::string kNotAModule = "Not an exectuable file, or the file is corrupt 
 const std::string kTypeLibKey = "TypeLib\\{6D3B8E21-4A7C-4F19-9E52-B0C8D1A3F764}";
 // Where the test type library's path is registered in this process's bitness.
 const std::string kTypeLibPathKey = kTypeLibKey + (sizeof(void*) == 8 ? "\\1.0\\0\\win64" : "\\1.0\\0\\win32");
-// The self-registering library's key (under HKEY_CURRENT_USER) and its value naming the copy registered.
-const std::string kServerKey = testpackages::kSelfRegisteringKey;
+const std::string kServerKey = testpackages::kSelfRegisteringKey;  // under HKCU; "Module" names the copy registered
 
-std::optional<std::string> Value(HKEY root, const std::string& key, const char* name) {
-    char data[1024];
-    DWORD size = sizeof data;
-    if (RegGetValueA(root, key.c_str(), name, RRF_RT_REG_SZ, nullptr, data, &size) != ERROR_SUCCESS)
-        return std::nullopt;
-    return std::string(data);
-}
-std::optional<std::string> RegisteredServer() { return Value(HKEY_CURRENT_USER, kServerKey, "Module"); }
-std::optional<std::string> RegisteredTypeLib() { return Value(HKEY_CLASSES_ROOT, kTypeLibPathKey, nullptr); }
-
-std::string BesideThisProgram(const std::string& file) {
-    char self[MAX_PATH];
-    const std::string path(self, GetModuleFileNameA(nullptr, self, MAX_PATH));
-    return path.substr(0, path.find_last_of('\\') + 1) + file;
-}
+std::optional<std::string> RegisteredServer() { return winbench::RegText(HKEY_CURRENT_USER, kServerKey, "Module"); }
+std::optional<std::string> RegisteredTypeLib() { return winbench::RegText(HKEY_CLASSES_ROOT, kTypeLibPathKey, nullptr); }
 
 struct EventLog : corvan::InstallEngineEvents {
     void InstallerError(const std::string& message) override { lines.push_back("error " + message); }
@@ -53,8 +36,18 @@ struct EventLog : corvan::InstallEngineEvents {
     std::optional<corvan::Failure> failure;  // raised from the status handler
 };
 
-std::string Progress(int position, int count) {
-    return "progress " + std::to_string(static_cast<float>(position / static_cast<double>(count)));
+// What a pass over seven rows raises: for each row, "<name>+" registered,
+// "<name>-" failed or "" left alone, then its progress.
+std::vector<std::string> PassLines(const std::string& verb, const std::vector<std::string>& rows) {
+    std::vector<std::string> lines;
+    for (size_t i = 0; i < rows.size(); ++i) {
+        const std::string& row = rows[i];
+        if (!row.empty()) lines.push_back("status " + verb + row.substr(0, row.size() - 1));
+        if (!row.empty()) lines.push_back(row.back() == '+' ? "status Registration: Successful" : "status Registration: Failed");
+        if (!row.empty() && row.back() == '-') lines.push_back("status Error: " + kNotAModule);
+        lines.push_back("progress " + std::to_string(static_cast<float>((i + 1) / static_cast<double>(rows.size()))));
+    }
+    return lines;
 }
 
 // The components built by the test build, copied into a scratch folder under
@@ -67,8 +60,8 @@ protected:
                  {testpackages::Get(testpackages::kDll).path, "registering.dll"},
                  {testpackages::Get(testpackages::kDll).path, "CONTROL.OCX"},
                  {testpackages::Get(testpackages::kDll).path, "registering.bin"},
-                 {BesideThisProgram("test_slow_self_registering.dll"), "slow.dll"},
-                 {BesideThisProgram("test_typelib_holder.dll"), "typelib.dll"},
+                 {winbench::BesideThisProgram("test_slow_self_registering.dll"), "slow.dll"},
+                 {winbench::BesideThisProgram("test_typelib_holder.dll"), "typelib.dll"},
                  {testpackages::Get(testpackages::kTlb).path, "CAPS.TLB"},
                  {testpackages::Get(testpackages::kTlb).path, "library.olb"},
              }) {
@@ -146,20 +139,19 @@ TEST_F(Registration, RegistersAndUnregistersEachKindOfFile) {
     // Routines that use COM find their thread in an apartment, as under
     // regsvr32.
     RegisterControls::RegisterFile(folder.Path() + "registering.dll", false);
-    EXPECT_EQ(Value(HKEY_CURRENT_USER, kServerKey, "Apartment"), "given");
+    EXPECT_EQ(winbench::RegText(HKEY_CURRENT_USER, kServerKey, "Apartment"), "given");
 }
 
 TEST_F(Registration, ARoutineThatHangsIsLeftRunningAfterTheBoundedWait) {
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(RegisterControls::RegisterFile(folder.Path() + "slow.dll", false), "");
     const double waited = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    std::printf("bounded registration wait: %.2f s\n", waited);
     EXPECT_GE(waited, 9.0);
     EXPECT_LT(waited, 14.0);
     EXPECT_EQ(RegisteredServer(), std::nullopt);
 
     // The routine goes on in its still-loaded library and finishes its work.
-    for (int i = 0; i < 200 && !RegisteredServer(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    winbench::WaitFor([] { return RegisteredServer().has_value(); }, 10000);
     EXPECT_EQ(RegisteredServer(), folder.Path() + "slow.dll");
 }
 
@@ -185,31 +177,17 @@ TEST_F(Registration, ThePassRegistersWhatAsksForItAndCountsEveryItem) {
 
     EventLog registering;
     EXPECT_EQ(corvan::Registration(colItems, false, registering), "");  // the last registration succeeded
-    EXPECT_EQ(registering.lines, (std::vector<std::string>{
-                                     "status Registering registering.dll", "status Registration: Successful",
-                                     Progress(1, 7),
-                                     "status Registering notamodule.dll", "status Registration: Failed",
-                                     "status Error: " + kNotAModule, Progress(2, 7),
-                                     "status Registering CONTROL.OCX", "status Registration: Successful",
-                                     Progress(3, 7),
-                                     "status Registering CAPS.TLB", "status Registration: Successful",
-                                     Progress(4, 7), Progress(5, 7), Progress(6, 7), Progress(7, 7),
-                                 }));
+    EXPECT_EQ(registering.lines, PassLines("Registering ", {"registering.dll+", "notamodule.dll-", "CONTROL.OCX+",
+                                                            "CAPS.TLB+", "", "", ""}));
     // The olb after it and the library that does not ask were left alone.
     EXPECT_EQ(RegisteredServer(), folder.Path() + "CONTROL.OCX");
     EXPECT_EQ(RegisteredTypeLib(), folder.Path() + "CAPS.TLB");
 
     EventLog removing;
     EXPECT_EQ(corvan::Registration(colItems, true, removing), "");
-    EXPECT_EQ(removing.lines, (std::vector<std::string>{
-                                  "status Removing Registration for registering.dll",
-                                  "status Registration: Successful", Progress(1, 7),
-                                  "status Removing Registration for notamodule.dll", "status Registration: Failed",
-                                  "status Error: " + kNotAModule, Progress(2, 7),
-                                  Progress(3, 7),  // its own uninstall command unregisters it
-                                  "status Removing Registration for CAPS.TLB", "status Registration: Successful",
-                                  Progress(4, 7), Progress(5, 7), Progress(6, 7), Progress(7, 7),
-                              }));
+    // The control's own uninstall command unregisters it.
+    EXPECT_EQ(removing.lines, PassLines("Removing Registration for ", {"registering.dll+", "notamodule.dll-", "",
+                                                                       "CAPS.TLB+", "", "", ""}));
     EXPECT_EQ(RegisteredServer(), std::nullopt);
     EXPECT_EQ(RegisteredTypeLib(), std::nullopt);
 

@@ -1,29 +1,22 @@
-// A small program for the process tests to start: it exits with a given
-// code, sleeps and leaves a mark, or reports how it was asked to show its
-// window. It carries a version resource for the file-version tests.
+// Started by the process tests: "exit <code>", "sleep <ms> <mark file>", or
+// "show <file>" (writes how it was asked to show its window). It carries a
+// version resource for the file-version test.
 #include <windows.h>
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <string>
 
 int main(int argc, char** argv) {
-    if (argc >= 3 && std::strcmp(argv[1], "exit") == 0) return std::atoi(argv[2]);
-    if (argc >= 4 && std::strcmp(argv[1], "sleep") == 0) {
-        Sleep(static_cast<DWORD>(std::atoi(argv[2])));
-        if (FILE* mark = std::fopen(argv[3], "w")) std::fclose(mark);
-        return 0;
-    }
-    if (argc >= 3 && std::strcmp(argv[1], "show") == 0) {
+    const std::string verb = argc >= 3 ? argv[1] : "";
+    if (verb == "exit") return std::atoi(argv[2]);
+    if (verb == "sleep" && argc >= 4) Sleep(static_cast<DWORD>(std::atoi(argv[2])));
+    FILE* out = std::fopen(argv[argc - 1], "w");
+    if (verb == "show" && out) {
         STARTUPINFOA startup{};
-        startup.cb = sizeof startup;
         GetStartupInfoA(&startup);
-        if (FILE* out = std::fopen(argv[2], "w")) {
-            std::fprintf(out, "%lu %u", static_cast<unsigned long>(startup.dwFlags & STARTF_USESHOWWINDOW),
-                         static_cast<unsigned>(startup.wShowWindow));
-            std::fclose(out);
-        }
-        return 0;
+        std::fprintf(out, "%lu %u", startup.dwFlags & STARTF_USESHOWWINDOW, static_cast<unsigned>(startup.wShowWindow));
     }
-    return 2;
+    if (out) std::fclose(out);
+    return verb == "show" || verb == "sleep" ? 0 : 2;
 }

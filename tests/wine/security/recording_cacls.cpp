@@ -7,14 +7,9 @@
 #include <cstdlib>
 
 int main() {
-    char log[MAX_PATH] = {};
-    if (GetEnvironmentVariableA("CORVAN_CACLS_LOG", log, sizeof log) > 0) {
-        if (FILE* file = std::fopen(log, "ab")) {
-            std::fprintf(file, "%s\n", GetCommandLineA());
-            std::fclose(file);
-        }
-    }
-    char code[16] = {};
+    char log[MAX_PATH] = {}, code[16] = {};
+    FILE* file = GetEnvironmentVariableA("CORVAN_CACLS_LOG", log, sizeof log) ? std::fopen(log, "ab") : nullptr;
+    if (file) std::fprintf(file, "%s\n", GetCommandLineA()), std::fclose(file);
     GetEnvironmentVariableA("CORVAN_CACLS_EXIT", code, sizeof code);
     return std::atoi(code);
 }

@@ -1,10 +1,8 @@
 #include "wine_bench.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
-#include <stdexcept>
 
 namespace winbench {
 
@@ -13,17 +11,9 @@ namespace {
 const char kVersionKey[] = "Software\\Wine";
 const char kProductKey[] = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
 
-bool ReadString(HKEY root, const char* key, const char* name, std::string& value) {
-    char buffer[512];
-    DWORD size = sizeof buffer;
-    if (RegGetValueA(root, key, name, RRF_RT_REG_SZ, nullptr, buffer, &size) != ERROR_SUCCESS) return false;
-    value.assign(buffer);
-    return true;
-}
-
-void WriteString(HKEY root, const char* key, const char* name, const std::string& value) {
-    if (RegSetKeyValueA(root, key, name, REG_SZ, value.c_str(), static_cast<DWORD>(value.size() + 1)) != ERROR_SUCCESS)
-        throw std::runtime_error(std::string("cannot write ") + key);
+void PutText(HKEY root, const char* key, const char* name, const std::optional<std::string>& value) {
+    if (!value) RegDeleteKeyValueA(root, key, name);
+    else RegSetKeyValueA(root, key, name, REG_SZ, value->c_str(), static_cast<DWORD>(value->size() + 1));
 }
 
 }  // namespace
@@ -31,6 +21,12 @@ void WriteString(HKEY root, const char* key, const char* name, const std::string
 std::string OutDir() {
     const char* dir = std::getenv("CORVAN_OUT_DIR");
     return dir ? dir : "";
+}
+
+std::string BesideThisProgram(const std::string& file) {
+    char self[MAX_PATH];
+    const std::string path(self, GetModuleFileNameA(nullptr, self, MAX_PATH));
+    return path.substr(0, path.find_last_of('\\') + 1) + file;
 }
 
 ScratchFolder::ScratchFolder(const std::string& name) {
@@ -49,9 +45,8 @@ void RemoveTree(const std::string& folder) {
     HANDLE search = FindFirstFileA((base + "*").c_str(), &found);
     if (search != INVALID_HANDLE_VALUE) {
         do {
-            std::string name = found.cFileName;
+            const std::string name = found.cFileName, full = base + name;
             if (name == "." || name == "..") continue;
-            std::string full = base + name;
             if (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
                 RemoveTree(full);
             } else {
@@ -72,24 +67,28 @@ std::string ReadFileBytes(const std::string& path) {
 }
 
 void WriteFileBytes(const std::string& path, const std::string& bytes) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    std::ofstream(path, std::ios::binary | std::ios::trunc).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
 bool FileExists(const std::string& path) { return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
 
-ScopedWindowsVersion::ScopedWindowsVersion(const std::string& wineVersion, const std::string& productName) {
-    hadVersion_ = ReadString(HKEY_CURRENT_USER, kVersionKey, "Version", oldVersion_);
-    hadProduct_ = ReadString(HKEY_LOCAL_MACHINE, kProductKey, "ProductName", oldProduct_);
-    WriteString(HKEY_CURRENT_USER, kVersionKey, "Version", wineVersion);
-    WriteString(HKEY_LOCAL_MACHINE, kProductKey, "ProductName", productName);
+std::optional<std::string> RegText(HKEY root, const std::string& key, const char* name) {
+    char data[1024];
+    DWORD size = sizeof data;
+    if (RegGetValueA(root, key.c_str(), name, RRF_RT_REG_SZ, nullptr, data, &size) != ERROR_SUCCESS) return {};
+    return std::string(data);
+}
+
+ScopedWindowsVersion::ScopedWindowsVersion(const std::string& wineVersion, const std::string& productName)
+    : oldVersion_(RegText(HKEY_CURRENT_USER, kVersionKey, "Version")),
+      oldProduct_(RegText(HKEY_LOCAL_MACHINE, kProductKey, "ProductName")) {
+    PutText(HKEY_CURRENT_USER, kVersionKey, "Version", wineVersion);
+    PutText(HKEY_LOCAL_MACHINE, kProductKey, "ProductName", productName);
 }
 
 ScopedWindowsVersion::~ScopedWindowsVersion() {
-    if (hadVersion_) WriteString(HKEY_CURRENT_USER, kVersionKey, "Version", oldVersion_);
-    else RegDeleteKeyValueA(HKEY_CURRENT_USER, kVersionKey, "Version");
-    if (hadProduct_) WriteString(HKEY_LOCAL_MACHINE, kProductKey, "ProductName", oldProduct_);
-    else RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kProductKey, "ProductName");
+    PutText(HKEY_CURRENT_USER, kVersionKey, "Version", oldVersion_);
+    PutText(HKEY_LOCAL_MACHINE, kProductKey, "ProductName", oldProduct_);
 }
 
 ChildResult RunAndWait(const std::string& commandLine, DWORD timeoutMs) {
@@ -104,19 +103,17 @@ ChildResult RunAndWait(const std::string& commandLine, DWORD timeoutMs) {
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
-    startup.hStdOutput = output;
-    startup.hStdError = output;
+    startup.hStdOutput = startup.hStdError = output;
     PROCESS_INFORMATION process{};
     std::string command = commandLine;
     if (CreateProcessA(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process)) {
         CloseHandle(process.hThread);
-        if (WaitForSingleObject(process.hProcess, timeoutMs) == WAIT_OBJECT_0) {
-            DWORD exitCode = 0;
-            GetExitCodeProcess(process.hProcess, &exitCode);
+        DWORD exitCode = 0;
+        if (WaitForSingleObject(process.hProcess, timeoutMs) == WAIT_OBJECT_0 &&
+            GetExitCodeProcess(process.hProcess, &exitCode))
             result.exitCode = static_cast<int>(exitCode);
-        } else {
+        else
             TerminateProcess(process.hProcess, 1);
-        }
         CloseHandle(process.hProcess);
     }
     CloseHandle(output);
@@ -128,7 +125,10 @@ ChildResult RunAndWait(const std::string& commandLine, DWORD timeoutMs) {
 ChildResult RunCaseInChild(const std::string& fullTestName) {
     char self[MAX_PATH];
     GetModuleFileNameA(nullptr, self, sizeof self);
-    return RunAndWait(std::string("\"") + self + "\" --gtest_also_run_disabled_tests --gtest_filter=" + fullTestName);
+    ChildResult child =
+        RunAndWait(std::string("\"") + self + "\" --gtest_also_run_disabled_tests --gtest_filter=" + fullTestName);
+    if (child.exitCode == 0 && child.output.find("[  PASSED  ] 1 test.") == std::string::npos) child.exitCode = -2;
+    return child;
 }
 
 }  // namespace winbench

@@ -1,6 +1,6 @@
 #pragma once
+#include <optional>
 #include <string>
-#include <vector>
 
 #include <windows.h>
 
@@ -9,6 +9,8 @@ namespace winbench {
 
 // Where ./run put the shipped binaries (out/x64), as a Windows path.
 std::string OutDir();
+// A file built beside the running test program.
+std::string BesideThisProgram(const std::string& file);
 
 // A fresh folder under C:\corvan-tests\ for one test; removed with its files
 // when the object goes.
@@ -25,6 +27,15 @@ void RemoveTree(const std::string& folder);
 std::string ReadFileBytes(const std::string& path);
 void WriteFileBytes(const std::string& path, const std::string& bytes);
 bool FileExists(const std::string& path);
+// A REG_SZ value; nothing when it is missing or of another type.
+std::optional<std::string> RegText(HKEY root, const std::string& key, const char* name);
+
+// Asks `done` every 10 ms until it answers true or `ms` have passed.
+template <typename Done>
+bool WaitFor(Done done, int ms = 5000) {
+    for (int waited = 0; waited < ms && !done(); waited += 10) Sleep(10);
+    return done();
+}
 
 // Sets the Windows version that Wine reports (HKCU\Software\Wine "Version",
 // e.g. "winxp64") and the product name under
@@ -39,8 +50,7 @@ public:
     ScopedWindowsVersion& operator=(const ScopedWindowsVersion&) = delete;
 
 private:
-    bool hadVersion_ = false, hadProduct_ = false;
-    std::string oldVersion_, oldProduct_;
+    std::optional<std::string> oldVersion_, oldProduct_;
 };
 
 struct ChildResult {
@@ -49,9 +59,10 @@ struct ChildResult {
 };
 
 // Runs one test case of this program in a new process; exitCode 0 means it
-// passed. The case is normally written DISABLED_ so that it only runs this
-// way: RunCaseInChild("Suite.DISABLED_Case"). Its output is kept apart so a
-// child's expected failure is not read as this program's.
+// ran and passed (-2: it exited 0 without passing one test, as a name that
+// matches none does). The case is normally written DISABLED_ so that it only
+// runs this way: RunCaseInChild("Suite.DISABLED_Case"). Its output is kept
+// apart so a child's expected failure is not read as this program's.
 ChildResult RunCaseInChild(const std::string& fullTestName);
 
 // Runs a command line, waits for it, returns its exit code and output.

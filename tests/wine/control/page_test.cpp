@@ -1,0 +1,352 @@
+// The control as pages and browsers find it: registered by regsvr32, created
+// by ProgID, described by its type library, safe for scripting, driven by
+// name with its events heard, locked to the extranet's https pages inside a
+// browser, and created from JScript by Wine's own script host.
+#include <gtest/gtest.h>
+
+#include <objsafe.h>
+#include <olectl.h>
+#include <servprov.h>
+#include <shlguid.h>
+
+#include <cstdio>
+#include <functional>
+
+#include "control/bstr_text.h"
+#include "probe_server.h"
+#include "session_log.h"
+
+using namespace control_tests;
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+// What an interface adds to IUnknown and IDispatch, in vtable order, as
+// "name/invoke kind/dispid".
+Texts Members(ITypeInfo* info) {
+    Texts members;
+    FUNCDESC* function = nullptr;
+    for (UINT index = 0; SUCCEEDED(info->GetFuncDesc(index, &function)); ++index) {
+        corvan::com::Bstr name;
+        UINT count = 0;
+        info->GetNames(function->memid, name.Put(), 1, &count);
+        char id[16];
+        std::snprintf(id, sizeof id, "%lX", static_cast<unsigned long>(function->memid));
+        if (HIWORD(function->memid) != 0x6000 && HIWORD(function->memid) != 0x6001)
+            members.push_back(name.Text() + "/" + std::to_string(function->invkind) + "/" + id);
+        info->ReleaseFuncDesc(function);
+    }
+    return members;
+}
+
+// Early-bound pages call through the vtable: the order is part of the
+// interface. Script hosts find the events through the class information.
+TEST_F(Page, MembersAndEventsKeepTheirOrderAndDispatchIdentifiers) {
+    ComPtr<ITypeInfo> dual, coclass, source;
+    ASSERT_EQ(control->GetTypeInfo(0, LOCALE_USER_DEFAULT, dual.Put()), S_OK);
+    EXPECT_EQ(Members(dual.Get()),
+              (Texts{"Status/2/68030001", "URL/4/68030000", "Run/1/60030002", "NeedToInstall/1/60030011",
+                     "hwnd/2/68030013", "ShowUpdates/1/60030024", "UsersGroups/2/68030012", "UsersGroups/4/68030012"}));
+    EXPECT_EQ(DispidOf(control.Get(), L"usersgroups"), 0x68030012);
+    auto classInfo = control.As<IProvideClassInfo2>(IID_IProvideClassInfo2);
+    ASSERT_TRUE(classInfo);
+    GUID events = GUID_NULL;
+    ASSERT_EQ(classInfo->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &events), S_OK);
+    EXPECT_TRUE(IsEqualGUID(events, DIID___ManageClient));
+    ASSERT_EQ(classInfo->GetClassInfo(coclass.Put()), S_OK);
+    corvan::com::Bstr name;
+    coclass->GetDocumentation(MEMBERID_NIL, name.Put(), nullptr, nullptr, nullptr);
+    EXPECT_EQ(name.Text(), "ManageClient");
+    HREFTYPE reference;
+    ASSERT_EQ(coclass->GetRefTypeOfImplType(1, &reference), S_OK);
+    ASSERT_EQ(coclass->GetRefTypeInfo(reference, source.Put()), S_OK);
+    EXPECT_EQ(Members(source.Get()), (Texts{"InstallError/1/1", "InstallStatus/1/2"}));
+}
+
+TEST_F(Page, ObjectSafetyAndConnectionPointsAnswerAsABrowserExpects) {
+    auto safety = control.As<IObjectSafety>(IID_IObjectSafety);
+    ASSERT_TRUE(safety);
+    const DWORD both = INTERFACESAFE_FOR_UNTRUSTED_CALLER | INTERFACESAFE_FOR_UNTRUSTED_DATA;
+    const struct {
+        const IID* iid;
+        HRESULT get;
+        DWORD options;  // supported and enabled
+        HRESULT setBoth;
+    } cases[] = {{&IID_IDispatch, S_OK, both, S_OK},
+                 {&IID__ManageClient, S_OK, both, S_OK},
+                 {&IID_IPersistPropertyBag, S_OK, INTERFACESAFE_FOR_UNTRUSTED_DATA, E_FAIL},
+                 {&IID_IOleObject, E_NOINTERFACE, 0, E_NOINTERFACE}};
+    for (const auto& c : cases) {
+        DWORD supported = 1, enabled = 1;
+        EXPECT_EQ(safety->GetInterfaceSafetyOptions(*c.iid, &supported, &enabled), c.get);
+        EXPECT_EQ(supported, c.options);
+        EXPECT_EQ(enabled, c.options);
+        EXPECT_EQ(safety->SetInterfaceSafetyOptions(*c.iid, both, both), c.setBoth);
+    }
+    // One connection point, the events'.
+    auto container = control.As<IConnectionPointContainer>(IID_IConnectionPointContainer);
+    ComPtr<IConnectionPoint> other;
+    EXPECT_EQ(container->FindConnectionPoint(IID_IPropertyNotifySink, other.Put()), CONNECT_E_NOCONNECTION);
+    ComPtr<IEnumConnectionPoints> points;
+    ASSERT_EQ(container->EnumConnectionPoints(points.Put()), S_OK);
+    IConnectionPoint* listed[2] = {};
+    ULONG fetched = 0;
+    EXPECT_EQ(points->Next(2, listed, &fetched), S_FALSE);
+    ASSERT_EQ(fetched, 1u);
+    IID iid;
+    listed[0]->GetConnectionInterface(&iid);
+    EXPECT_TRUE(IsEqualIID(iid, DIID___ManageClient));
+    listed[0]->Release();
+}
+
+auto CanUnloadNow() {
+    return reinterpret_cast<HRESULT(STDAPICALLTYPE*)()>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("CorvanControlProbe.ocx"), "DllCanUnloadNow")));
+}
+
+TEST_F(Page, CallsByNameDriveTheEngineEveryAdvisedSinkHearsAndTheServerUnloadsOnceLetGo) {
+    EventSink second;
+    DWORD secondCookie = 0;
+    ASSERT_EQ(point->Advise(&second, &secondCookie), S_OK);
+    EXPECT_NE(secondCookie, cookie);
+    Put(L"UsersGroups", "Dealers");
+    EXPECT_EQ(Get(L"UsersGroups"), "Dealers");
+    EXPECT_EQ(V_VT(&static_cast<const VARIANT&>(Run(Long(0)))), VT_EMPTY);
+    ASSERT_EQ(point->Unadvise(secondCookie), S_OK);
+    EXPECT_EQ(point->Unadvise(secondCookie), CONNECT_E_NOCONNECTION);
+    EXPECT_EQ(V_VT(&static_cast<const VARIANT&>(Run(Long(6)))), VT_EMPTY);
+    EXPECT_EQ(second.heard, Texts{"2:Complete"});
+    EXPECT_EQ(second.references, 1u);
+
+    Put(L"URL", "https://h/a/b/page.asp");
+    Put(L"URL", "no slash here");
+    VARIANT result = Session("status|INSTALL\nInstallationStatus|Preparing\nInstallerError|something broke\nneed|True\n", 5);
+    EXPECT_EQ(V_VT(&result), VT_BOOL);
+    EXPECT_EQ(V_BOOL(&result), VARIANT_TRUE);
+    EXPECT_EQ(Journal(), "PrepInstaller(1,False) url=https://h/a/b/\n");
+    EXPECT_EQ(sink.heard, (Texts{"2:Complete", "2:Complete", "2:Preparing", "1:something broke", "2:Complete"}));
+    EXPECT_EQ(Get(L"Status"), "INSTALL");
+    // A by-reference Integer from a VB page works as well as a script's Long.
+    SHORT mode = 3;
+    VARIANT byReference;
+    V_VT(&byReference) = VT_I2 | VT_BYREF;
+    V_I2REF(&byReference) = &mode;
+    EXPECT_EQ(V_VT(&static_cast<const VARIANT&>(Run(byReference))), VT_BOOL);
+    EXPECT_NE(Journal().find("PrepInstaller(3,False)"), std::string::npos);
+    VARIANT need = Call(control.Get(), L"NeedToInstall");
+    EXPECT_EQ(V_VT(&need), VT_BOOL);
+    EXPECT_EQ(V_BOOL(&need), VARIANT_TRUE);
+    // IDispatch answers only for the default interface identifier.
+    DISPPARAMS none = {nullptr, nullptr, 0, 0};
+    EXPECT_EQ(control->Invoke(DispidOf(control.Get(), L"Status"), IID_IDispatch, LOCALE_USER_DEFAULT,
+                              DISPATCH_PROPERTYGET, &none, &result, nullptr, nullptr),
+              DISP_E_UNKNOWNINTERFACE);
+
+    ASSERT_TRUE(CanUnloadNow());
+    EXPECT_EQ(CanUnloadNow()(), S_FALSE);
+    point->Unadvise(cookie);
+    point = nullptr;
+    control = nullptr;
+    EXPECT_EQ(CanUnloadNow()(), S_OK);
+    EXPECT_EQ(sink.references, 1u);
+}
+
+// A page may let go of the control from inside one of its events: the run
+// still finishes on a live object, and the control goes once Run returns.
+TEST_F(Page, APageThatLetsGoDuringARunLeavesTheRunALiveControl) {
+    struct LettingGo : EventSink {
+        std::function<void()> letGo;
+        STDMETHODIMP Invoke(DISPID id, REFIID riid, LCID locale, WORD flags, DISPPARAMS* params, VARIANT* result,
+                            EXCEPINFO* exception, UINT* argumentError) override {
+            EventSink::Invoke(id, riid, locale, flags, params, result, exception, argumentError);
+            if (heard.back() == "2:Preparing") letGo();
+            return S_OK;
+        }
+    } lettingGo;
+    lettingGo.letGo = [this] {
+        point = nullptr;
+        control = nullptr;
+    };
+    DWORD letCookie = 0;
+    ASSERT_TRUE(Advise(control.Get(), lettingGo, letCookie));
+    point->Unadvise(cookie);
+    SetScript("InstallationStatus|Preparing\nStatusMsgChange|still running\n");
+    VARIANT mode = Long(1);
+    VARIANT result = Call(control.Get(), L"Run", DISPATCH_METHOD, &mode);
+    EXPECT_EQ(V_VT(&result), VT_BOOL);
+    EXPECT_EQ(lettingGo.heard, (Texts{"2:Preparing", "2:Complete"}));
+    ASSERT_TRUE(CanUnloadNow());
+    EXPECT_EQ(CanUnloadNow()(), S_OK);
+    EXPECT_EQ(lettingGo.references, 1u);
+}
+
+bool KeyExists(const std::string& path) {
+    HKEY key;
+    if (RegOpenKeyExA(HKEY_CLASSES_ROOT, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
+    RegCloseKey(key);
+    return true;
+}
+
+std::string Value(const std::string& path, const char* name = nullptr) {
+    char data[512] = {};
+    DWORD size = sizeof data;
+    if (RegGetValueA(HKEY_CLASSES_ROOT, path.c_str(), name, RRF_RT_REG_SZ, nullptr, data, &size) != ERROR_SUCCESS)
+        return "(missing)";
+    return data;
+}
+
+TEST_F(Page, Regsvr32RegistersAndUnregistersTheShippedControl) {
+    const std::string ocx = winbench::OutDir() + "\\CorvanInstaller.ocx";
+    ASSERT_TRUE(Regsvr32(ocx));
+    const std::string clsid = "CLSID\\{96764B85-C202-4377-A836-2C40554474D9}";
+    // The type library is registered per platform under one key that both
+    // architectures share: unregistering one control leaves the other's entry.
+    const std::string typeLib = std::string("TypeLib\\{E11AB144-7A14-4294-9F2D-2574EFBE0FC2}\\1.0\\0\\") +
+                                (sizeof(void*) == 8 ? "win64" : "win32");
+    const std::string server = Value(clsid + "\\InprocServer32");
+    EXPECT_TRUE(_stricmp(server.c_str(), ocx.c_str()) == 0 || server.find("CorvanInstaller.ocx") != std::string::npos)
+        << server;
+    const struct {
+        std::string key;
+        const char* name;
+        const char* value;
+    } values[] = {
+        {clsid + "\\InprocServer32", "ThreadingModel", "Apartment"},
+        {clsid + "\\ProgID", nullptr, "CorvanInstaller.ManageClient.1"},
+        {clsid + "\\VersionIndependentProgID", nullptr, "CorvanInstaller.ManageClient"},
+        {clsid + "\\TypeLib", nullptr, "{E11AB144-7A14-4294-9F2D-2574EFBE0FC2}"},
+        // Site first, inside-out, active when visible: read before the control is made.
+        {clsid + "\\MiscStatus\\1", nullptr, "131473"},
+        {"CorvanInstaller.ManageClient\\CLSID", nullptr, "{96764B85-C202-4377-A836-2C40554474D9}"},
+        {"CorvanInstaller.ManageClient\\CurVer", nullptr, "CorvanInstaller.ManageClient.1"},
+        {"CorvanInstaller.ManageClient.1\\CLSID", nullptr, "{96764B85-C202-4377-A836-2C40554474D9}"},
+    };
+    for (const auto& v : values) EXPECT_EQ(Value(v.key, v.name), v.value) << v.key;
+    // The last key comes with the type library: it makes the dual interface
+    // known for marshalling.
+    const std::string categories = clsid + "\\Implemented Categories\\";
+    for (const std::string& key : {clsid + "\\Control", categories + "{7DD95801-9882-11CF-9FA9-00AA006C42C4}",
+                                   categories + "{7DD95802-9882-11CF-9FA9-00AA006C42C4}", typeLib,
+                                   std::string("Interface\\{CF3D629D-1B7D-49FD-96DA-8F3B48662F46}")})
+        EXPECT_TRUE(KeyExists(key)) << key;
+    ASSERT_TRUE(Regsvr32(ocx, true));
+    for (const std::string& key : {clsid, std::string("CorvanInstaller.ManageClient"),
+                                   std::string("CorvanInstaller.ManageClient.1"), typeLib})
+        EXPECT_FALSE(KeyExists(key)) << key;
+}
+
+// A browser's site: a container's, with the browser object behind it whose
+// LocationURL (dispid 211) is the page.
+class BrowserSite : public Site, public IServiceProvider, public IDispatch {
+public:
+    std::string location;
+    STDMETHODIMP QueryInterface(REFIID riid, void** out) override {
+        if (IsEqualIID(riid, IID_IServiceProvider)) *out = static_cast<IServiceProvider*>(this);
+        else if (IsEqualIID(riid, IID_IDispatch)) *out = static_cast<IDispatch*>(this);
+        else return Site::QueryInterface(riid, out);
+        return S_OK;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return Site::AddRef(); }
+    STDMETHODIMP_(ULONG) Release() override { return Site::Release(); }
+    STDMETHODIMP QueryService(REFGUID service, REFIID riid, void** out) override {
+        return IsEqualGUID(service, SID_SWebBrowserApp) ? QueryInterface(riid, out) : E_NOINTERFACE;
+    }
+    STDMETHODIMP GetTypeInfoCount(UINT* count) override { *count = 0; return S_OK; }
+    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
+    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS*, VARIANT* result, EXCEPINFO*, UINT*) override {
+        if (id != 211 || !(flags & DISPATCH_PROPERTYGET) || !result) return DISP_E_MEMBERNOTFOUND;
+        V_VT(result) = VT_BSTR;
+        V_BSTR(result) = corvan::com::ToBstr(location);
+        return S_OK;
+    }
+};
+
+// Inside a browser only https pages of the approved hosts (the built-in ones
+// or the machine's policy in the registry) run the control.
+TEST_F(Page, InsideABrowserOnlyHttpsPagesOfApprovedHostsRunTheControl) {
+    const char kPolicy[] = "SOFTWARE\\Policies\\Talo\\Installer";
+    const struct {
+        const char* page;
+        const char* policy;     // the machine's ApprovedHosts, or none
+        const char* installer;  // what the page sets URL to, or nothing
+        const char* refusal;    // what InstallError names, or nothing: the run goes ahead
+    } cases[] = {
+        {"https://extranet.corvan-connect.example/installer/default.asp", nullptr, nullptr, nullptr},
+        {"https://evil.test/page.htm", nullptr, nullptr, "host 'evil.test': the host is not an approved"},
+        {"http://extranet.corvan-connect.example/installer/default.asp", nullptr, nullptr, "this address is http."},
+        {"https://extranet.corvan-connect.example/installer/default.asp", nullptr, "https://evil.test/installer/x.asp",
+         "installer address on host 'evil.test'"},
+        {"https://www.partner.test/p.asp", nullptr, nullptr, "host 'www.partner.test'"},
+        {"https://www.partner.test/p.asp", "dealer.test; .partner.test", nullptr, nullptr},
+    };
+    auto ole = control.As<IOleObject>(IID_IOleObject);
+    BrowserSite site;
+    ASSERT_EQ(ole->SetClientSite(static_cast<IOleClientSite*>(&site)), S_OK);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.page);
+        if (c.policy)
+            ASSERT_EQ(RegSetKeyValueA(HKEY_LOCAL_MACHINE, kPolicy, "ApprovedHosts", REG_SZ, c.policy,
+                                      static_cast<DWORD>(strlen(c.policy) + 1)),
+                      ERROR_SUCCESS);
+        else
+            RegDeleteKeyA(HKEY_LOCAL_MACHINE, kPolicy);
+        winbench::RemoveTree("C:\\TALO");
+        sink.heard.clear();
+        site.location = c.page;
+        if (c.installer) Put(L"URL", c.installer);
+        VARIANT result = Session("");
+        const std::string journal = Journal();
+        if (!c.refusal) {
+            EXPECT_NE(journal.find("PrepInstaller(1,False)"), std::string::npos) << journal;
+            continue;
+        }
+        ASSERT_FALSE(sink.heard.empty());
+        EXPECT_EQ(sink.heard[0].rfind("1:The Corvan Connect client manager refused ", 0), 0u) << sink.heard[0];
+        EXPECT_NE(sink.heard[0].find(c.refusal), std::string::npos) << sink.heard[0];
+        if (c.installer) {  // the refused address is never used; the run goes to the installer it had
+            EXPECT_EQ(journal.find("evil.test"), std::string::npos) << journal;
+            continue;
+        }
+        EXPECT_EQ(V_VT(&result), VT_BOOL);
+        EXPECT_EQ(V_BOOL(&result), VARIANT_FALSE);
+        EXPECT_EQ(journal.find("PrepInstaller"), std::string::npos) << journal;
+        EXPECT_FALSE(winbench::FileExists("C:\\TALO\\SC_Install.log"));
+        VARIANT need = Call(control.Get(), L"NeedToInstall");
+        EXPECT_EQ(V_BOOL(&need), VARIANT_FALSE);
+        EXPECT_EQ(Journal().find("NeedToInstall()"), std::string::npos);
+    }
+    RegDeleteKeyA(HKEY_LOCAL_MACHINE, kPolicy);
+    ole->SetClientSite(nullptr);
+}
+
+// A client we did not write; the script host of our own architecture (on x86
+// the 32-bit one, which loads the 32-bit server from the 32-bit registry view).
+TEST_F(Page, JScriptCreatesTheControlRunsMode0AndReadsUsersGroupsBack) {
+    winbench::ScratchFolder scratch("control-script-host");
+    const std::string script = scratch.Path() + "page.js";
+    winbench::WriteFileBytes(script,
+                             "var control = new ActiveXObject(\"CorvanInstaller.ManageClient\");\r\n"
+                             "control.URL = \"https://h/a/b/page.asp\";\r\n"
+                             "control.UsersGroups = \"Dealers;Service\";\r\n"
+                             "var result = control.Run(0);\r\n"
+                             "var shell = new ActiveXObject(\"WScript.Shell\");\r\n"
+                             "WScript.Echo(\"result=\" + typeof(result) + \" groups=\" + control.UsersGroups + \" window=\" +"
+                             " control.hwnd + \" host=\" + shell.ExpandEnvironmentStrings(\"%PROCESSOR_ARCHITECTURE%\"));\r\n");
+    winbench::ChildResult run = winbench::RunAndWait("cscript.exe //nologo \"" + script + "\"");
+    ASSERT_EQ(run.exitCode, 0) << run.output;
+    EXPECT_NE(run.output.find(std::string("result=undefined groups=Dealers;Service window=0 host=") +
+                              (sizeof(void*) == 4 ? "x86" : "AMD64")),
+              std::string::npos)
+        << run.output;
+    // The log it leaves: the script host's module handle and thread are its
+    // own, plain decimal numbers.
+    const Texts log = LogMessages();
+    ASSERT_EQ(log.size(), 16u);
+    EXPECT_TRUE(std::regex_match(log[3], std::regex("^hInstance: [1-9][0-9]*$"))) << log[3];
+    EXPECT_TRUE(std::regex_match(log[4], std::regex("^ThreadID: [1-9][0-9]*$"))) << log[4];
+    EXPECT_EQ(log[11], "Groups: Dealers;Service");
+}
+
+}  // namespace

@@ -1,0 +1,243 @@
+// The security configurator against the prefix's real registry and cacls.exe
+// (Wine's own, a recording stand-in, a file that is no program, none), in
+// process and through its registered public class.
+#include <gtest/gtest.h>
+
+#include <windows.h>
+#include <objsafe.h>
+#include <ocidl.h>
+#include <sddl.h>
+
+#include "control/CorvanInstaller_h.h"
+#include "control/com_ptr.h"
+#include "dispatch_sink.h"
+#include "platform/reg_variant.h"
+#include "scripted_desktop.h"
+#include "security/clsCorvanSecurity.h"
+#include "settings/modCorvanInstaller_Global.h"
+#include "wine_bench.h"
+
+using corvan::RegVariant;
+
+namespace {
+
+struct StatusRecorder : corvan::clsCorvanSecurityEvents {
+    void StatusMessageChange(const std::string& Message) override { messages.push_back(Message); }
+    std::vector<std::string> messages;
+};
+
+enum class Cacls { WineOwn, Recording, NotAProgram, Missing };
+
+// Puts a stand-in where the configurator looks for cacls.exe, and Wine's own
+// back afterwards. The path is the one the configurator asks for, so in a
+// 32-bit test the file-system redirection takes both to syswow64. Wine runs
+// the system folder's cacls.exe as its built-in one unless told otherwise.
+class SystemCacls {
+public:
+    explicit SystemCacls(Cacls kind) : kind_(kind) {
+        if (kind_ == Cacls::WineOwn) return;
+        EXPECT_TRUE(MoveFileExA(path_.c_str(), saved_.c_str(), MOVEFILE_REPLACE_EXISTING));
+        if (kind_ == Cacls::Recording) {
+            EXPECT_TRUE(CopyFileA(winbench::BesideThisProgram("recording_cacls.exe").c_str(), path_.c_str(), FALSE));
+            EXPECT_EQ(RegSetKeyValueA(HKEY_CURRENT_USER, kOverrides, "cacls.exe", REG_SZ, "native", 7), ERROR_SUCCESS);
+        } else if (kind_ == Cacls::NotAProgram) {
+            winbench::WriteFileBytes(path_, "not a program\r\n");
+        }
+    }
+    ~SystemCacls() {
+        if (kind_ == Cacls::WineOwn) return;
+        DeleteFileA(path_.c_str());
+        EXPECT_TRUE(MoveFileA(saved_.c_str(), path_.c_str()));
+        RegDeleteKeyValueA(HKEY_CURRENT_USER, kOverrides, "cacls.exe");
+    }
+
+private:
+    static constexpr char kOverrides[] = "Software\\Wine\\DllOverrides";
+    Cacls kind_;
+    std::string path_ = [] {
+        char folder[MAX_PATH] = {};
+        return std::string(folder, GetSystemDirectoryA(folder, sizeof folder)) + "\\cacls.exe";
+    }();
+    std::string saved_ = path_ + ".corvan-saved";
+};
+
+}  // namespace
+
+TEST(FolderRights, GrantsEveryFolderOnWindowsXPServicePack2) {
+    winbench::ScopedWindowsVersion xp("winxp64", "Microsoft Windows XP");
+    const winbench::ChildResult child = winbench::RunCaseInChild("FolderRights.DISABLED_Scenarios");
+    EXPECT_EQ(child.exitCode, 0) << child.output.substr(0, 20000);
+}
+
+// Run by the case above in a process that sees Windows XP x64 SP2: the six
+// grants (each folder, then its contents) with what each started, and the
+// command lines the recording stand-in was given.
+TEST(FolderRights, DISABLED_Scenarios) {
+    const std::string cacls = "C:\\windows\\system32\\cacls.exe ", grant = " /E /G Everyone:f\n";
+    const std::string tooLong = "C:\\" + std::string(40000, 'x') + "\\";  // no process takes such a command line
+    const std::string blanks = "C:\\corvan tests\\with blank\\", talo = "c:\\TALO\\";
+    const struct {
+        Cacls cacls;
+        std::string folder1, folder3;
+        const char* exitCode;
+        std::string started;  // the six grants in order, + started, - not; empty: no cacls.exe
+        std::string commands;
+    } scenarios[] = {
+        {Cacls::WineOwn, "", "", "0", "++++++", ""},
+        {Cacls::Recording, "", "", "5", "++++++",
+         cacls + grant + cacls + "*" + grant + cacls + talo + grant + cacls + talo + "*" + grant + cacls + grant + cacls + "*" + grant},
+        {Cacls::Recording, tooLong, blanks, "0", "--++++",
+         cacls + talo + grant + cacls + talo + "*" + grant + cacls + blanks + grant + cacls + blanks + "*" + grant},
+        {Cacls::NotAProgram, "", "", "0", "------", ""},
+        {Cacls::Missing, "", "", "0", "", ""},
+    };
+    corvan::InstallerSettings& settings = corvan::modCorvanInstaller_Global();
+    settings.Load();
+    winbench::ScratchFolder scratch("security-cacls");
+    const std::string log = scratch.Path() + "cacls.log";
+    SetEnvironmentVariableA("CORVAN_CACLS_LOG", log.c_str());
+    for (const auto& s : scenarios) {
+        SCOPED_TRACE(&s - scenarios);
+        settings.SecuredFolder1(s.folder1);
+        settings.SecuredFolder3(s.folder3);
+        SetEnvironmentVariableA("CORVAN_CACLS_EXIT", s.exitCode);
+        DeleteFileA(log.c_str());
+        SystemCacls stand_in(s.cacls);
+        StatusRecorder recorder;
+        testing_support::ScriptedDesktop desktop;
+        corvan::clsCorvanSecurity(desktop, &recorder).SetXPSP2SecurityConfig();
+
+        std::vector<std::string> expected;
+        const std::string folders[] = {s.folder1, talo, s.folder3};
+        for (size_t i = 0; i < s.started.size(); ++i) {
+            const std::string step = "Configurator: setting security on " + folders[i / 2] + (i % 2 ? " contents" : "");
+            expected.insert(expected.end(), {step, step + (s.started[i] == '+' ? "...Success" : "...Failed")});
+        }
+        expected.push_back(s.started.empty()
+                               ? "Unable to set security rights on Corvan Connect folders. Please notify the help desk."
+                               : "Configurator: Successfully set security for Windows version 5.2, Service Pack 2.");
+        EXPECT_EQ(recorder.messages, expected);
+        EXPECT_EQ(desktop.pointers, (std::vector<int>{corvan::vbHourglass, corvan::vbDefault}));
+        EXPECT_EQ(desktop.pumps, 0);
+        EXPECT_EQ(winbench::ReadFileBytes(log), s.commands);
+    }
+    settings.SecuredFolder1("");
+    settings.SecuredFolder3("");
+}
+
+namespace {
+
+const char kPolicy[] = "Software\\Policies\\Microsoft\\Windows\\Installer";
+const char kZone[] = "Software\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\Zones\\2";
+const std::string kDomains = "Software\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\ZoneMap\\Domains";
+const std::string kOurDomain = kDomains + "\\corvan-connect.example";
+
+// A DWORD as a Long, REG_SZ as text, nothing when the value is missing; any
+// other type as an (empty) byte array, which no line expects.
+RegVariant ReadValue(HKEY root, const std::string& key, const char* name) {
+    DWORD type = 0, size = 1023;
+    char data[1024] = {};
+    if (RegGetValueA(root, key.c_str(), name, RRF_RT_ANY, &type, data, &size) != ERROR_SUCCESS) return {};
+    if (type == REG_DWORD) return RegVariant::Long(*reinterpret_cast<int32_t*>(data));
+    return type == REG_SZ ? RegVariant::String(data) : RegVariant::Bytes({});
+}
+
+// Removes what the table writes, so that reading it back proves a write.
+void ForgetTrustSettings() {
+    for (HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
+        for (const std::string& key : {std::string(kPolicy), std::string(kZone), kOurDomain}) RegDeleteTreeA(root, key.c_str());
+        RegDeleteKeyValueA(root, kDomains.c_str(), "@=");
+    }
+}
+
+}  // namespace
+
+// One line of each kind reads back with its type and data: a DWORD under a
+// name with a leading blank, one in each hive, a zone value, the "@=" name
+// beside the domain map's own default (which survives), a host row. The
+// current user's helpdesk https row (line 76) meets a key nobody may write:
+// it alone fails, and the repeated host row after it is written again.
+TEST(TrustConfig, EveryKindOfLineReadsBackAndARefusedLineStopsNothing) {
+    ForgetTrustSettings();
+    ASSERT_EQ(RegSetKeyValueA(HKEY_CURRENT_USER, kDomains.c_str(), nullptr, REG_SZ, "kept", 5), ERROR_SUCCESS);
+    HKEY refusing = nullptr;
+    PSECURITY_DESCRIPTOR denied = nullptr;
+    ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorA("D:P(D;;0x6;;;WD)(A;;KA;;;WD)", SDDL_REVISION_1,
+                                                                     &denied, nullptr));
+    ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, (kOurDomain + "\\helpdesk").c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
+                              nullptr, &refusing, nullptr), ERROR_SUCCESS);
+    ASSERT_EQ(RegSetKeySecurity(refusing, DACL_SECURITY_INFORMATION, denied), ERROR_SUCCESS);
+    LocalFree(denied);
+    RegCloseKey(refusing);
+
+    StatusRecorder recorder;
+    testing_support::ScriptedDesktop desktop;
+    corvan::clsCorvanSecurity(desktop, &recorder).SetRegistryTrustConfig();
+    ASSERT_EQ(recorder.messages.size(), 154u);
+    EXPECT_EQ(recorder.messages[0], "Updating:  AlwaysInstallElevated\\ 1 - Success");
+    EXPECT_EQ(recorder.messages[69], "Updating: @=\\ - Success");
+    EXPECT_EQ(recorder.messages[76], "Updating: https\\2 - Failed");
+    EXPECT_EQ(recorder.messages[77], "Updating: https\\2 - Success");
+    EXPECT_EQ(std::count_if(recorder.messages.begin(), recorder.messages.end(),
+                            [](const std::string& m) { return m.find(" - Failed") != std::string::npos; }), 1);
+    EXPECT_EQ(recorder.messages.back(), "Registry Edit Complete.");
+    EXPECT_EQ(desktop.pointers, (std::vector<int>{corvan::vbHourglass, corvan::vbDefault}));
+    EXPECT_EQ(desktop.pumps, 1);
+
+    const struct { HKEY root; std::string key; const char* name; RegVariant value; } lines[] = {
+        {HKEY_CURRENT_USER, kPolicy, " AlwaysInstallElevated", RegVariant::Long(1)},
+        {HKEY_LOCAL_MACHINE, kPolicy, "AlwaysInstallElevated", RegVariant::Long(1)},
+        {HKEY_LOCAL_MACHINE, kZone, "1C00", RegVariant::Long(768)},
+        {HKEY_CURRENT_USER, kDomains, "@=", RegVariant::String("")},
+        {HKEY_CURRENT_USER, kDomains, nullptr, RegVariant::String("kept")},
+        {HKEY_CURRENT_USER, kOurDomain + "\\extranet", "https", RegVariant::Long(2)},
+        {HKEY_LOCAL_MACHINE, kOurDomain + "\\helpdesk", "https", RegVariant::Long(2)},
+        {HKEY_CURRENT_USER, kOurDomain + "\\helpdesk", "https", RegVariant()},
+    };
+    for (const auto& line : lines)
+        EXPECT_EQ(ReadValue(line.root, line.key, line.name), line.value) << line.key << " " << (line.name ? line.name : "");
+    RegDeleteKeyA(HKEY_CURRENT_USER, (kOurDomain + "\\helpdesk").c_str());
+    RegDeleteKeyValueA(HKEY_CURRENT_USER, kDomains.c_str(), nullptr);
+}
+
+// The public class, registered by the test run: Wine's script host creates
+// and runs it late bound; a page's sink hears each status; a browser finds
+// nothing that would let a page use it.
+TEST(TrustConfig, ThePublicClassForScriptsAndPages) {
+    ForgetTrustSettings();
+    winbench::ScratchFolder scratch("security-script");
+    winbench::WriteFileBytes(scratch.Path() + "trust.vbs",
+                             "On Error Resume Next\r\n"
+                             "CreateObject(\"CorvanInstaller.clsCorvanSecurity\").SetRegistryTrustConfig\r\n"
+                             "WScript.Quit Err.Number\r\n");
+    const auto run = winbench::RunAndWait("cscript.exe //nologo \"" + scratch.Path() + "trust.vbs\"");
+    EXPECT_EQ(run.exitCode, 0) << run.output;
+    EXPECT_EQ(ReadValue(HKEY_LOCAL_MACHINE, kZone, "1C00"), RegVariant::Long(768));
+
+    ASSERT_TRUE(SUCCEEDED(CoInitialize(nullptr)));
+    {
+        testing_support::DispatchSink sink(DIID___clsCorvanSecurity);  // outlives every reference the object may hold to it
+        CLSID clsid;
+        ASSERT_EQ(CLSIDFromProgID(L"CorvanInstaller.clsCorvanSecurity", &clsid), S_OK);
+        corvan::com::ComPtr<_clsCorvanSecurity> object;
+        ASSERT_EQ(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID__clsCorvanSecurity, object.PutVoid()), S_OK);
+        EXPECT_FALSE(object.As<IObjectSafety>(IID_IObjectSafety));
+        wchar_t clsidText[40] = {};
+        StringFromGUID2(clsid, clsidText, 40);
+        HKEY key = nullptr;
+        EXPECT_EQ(RegOpenKeyExW(HKEY_CLASSES_ROOT, (std::wstring(L"CLSID\\") + clsidText +
+                                L"\\Implemented Categories\\{7DD95801-9882-11CF-9FA9-00AA006C42C4}").c_str(), 0, KEY_READ, &key),
+                  ERROR_FILE_NOT_FOUND);
+        corvan::com::ComPtr<IConnectionPoint> point;
+        ASSERT_EQ(object.As<IConnectionPointContainer>(IID_IConnectionPointContainer)
+                      ->FindConnectionPoint(DIID___clsCorvanSecurity, point.Put()), S_OK);
+        DWORD cookie = 0;
+        ASSERT_EQ(point->Advise(&sink, &cookie), S_OK);
+        EXPECT_EQ(object->SetRegistryTrustConfig(), S_OK);
+        EXPECT_EQ(point->Unadvise(cookie), S_OK);
+        ASSERT_EQ(sink.calls.size(), 154u);
+        EXPECT_EQ(sink.calls[0], "1 BSTR&:Updating:  AlwaysInstallElevated\\ 1 - Success");
+        EXPECT_EQ(sink.calls[153], "1 BSTR&:Registry Edit Complete.");
+    }
+    CoUninitialize();
+}

@@ -1,0 +1,266 @@
+// Downloads through the prefix's real WinINet from the test server: blocks
+// and their events, failures, bounded waits, retries and range requests, and
+// the public class as scripts and pages see it.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+
+#include <ocidl.h>
+
+#include "control/CorvanInstaller_h.h"
+#include "control/WindowsDesktop.h"
+#include "control/bstr_text.h"
+#include "control/com_ptr.h"
+#include "dispatch_sink.h"
+#include "installer_folder.h"
+#include "scripted_desktop.h"
+#include "settings/modCorvanInstaller_Global.h"
+#include "transfer/clsFTP.h"
+#include "wine_bench.h"
+
+using Session = corvan::clsFTP;  // the type library names its coclass clsFTP too
+using Clock = std::chrono::steady_clock;
+using Progress = std::pair<float, std::string>;
+
+namespace {
+
+std::string Env(const char* variable) { return std::getenv(variable) ? std::getenv(variable) : ""; }
+
+// The bytes the test server sends at offsets [0, n).
+std::string PatternBytes(size_t n) {
+    std::string bytes(n, '\0');
+    for (size_t i = 0; i < n; ++i) bytes[i] = static_cast<char>(1 + i % 251);
+    return bytes;
+}
+
+// Counts the message pumps, how many came while the session said it was
+// busy, and when each came; keeps each progress event and when it came.
+struct Watcher : testing_support::ScriptedDesktop, corvan::clsFTPEvents {
+    Session* ftp = nullptr;
+    int busy = 0;
+    std::vector<Clock::time_point> pumpTimes, progressTimes;
+    std::vector<Progress> progress;
+    void DoEvents() override {
+        ScriptedDesktop::DoEvents();
+        busy += ftp->StillExecuting() ? 1 : 0;
+        pumpTimes.push_back(Clock::now());
+    }
+    void FileProgress(float Percent, const std::string& status) override {
+        progress.push_back({Percent, status});
+        progressTimes.push_back(Clock::now());
+    }
+    void StatusChange(std::string&, int32_t) override {}
+};
+
+class Transfer : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (base.empty()) GTEST_SKIP() << "CORVAN_HTTP_URL not set: the http fixture did not start";
+        watcher.ftp = &ftp;
+    }
+    std::string Target(const std::string& name = "file.bin") { return folder.Path() + name; }
+    // The events of a download of an announced `size`: one per running
+    // total, then the final one.
+    static std::vector<Progress> Expect(double size, std::vector<double> totals, double finalTotal) {
+        std::vector<Progress> out;
+        totals.push_back(finalTotal);
+        for (double total : totals) out.push_back({static_cast<float>(total / size), corvan::ProgressText(total, size)});
+        out.back().first = 1.0f;
+        return out;
+    }
+
+    std::string base = Env("CORVAN_HTTP_URL");
+    winbench::ScratchFolder folder{"transfer"};
+    Watcher watcher;
+    Session ftp{&watcher, &watcher};
+};
+
+}  // namespace
+
+// The first block is written and counted whole, padded with NULs, over what
+// the file held; every block and the closing empty read raise an event.
+// Without a length only the final event comes. A larger body shows that
+// WinINet's own buffering hides no block.
+TEST_F(Transfer, BlocksAndTheirEvents) {
+    const std::string padded300 = PatternBytes(300) + std::string(724, '\0');
+    std::vector<double> totals;
+    for (double total = 1024; total <= 100000; total += 1024) totals.push_back(total);
+    totals.insert(totals.end(), {100000, 100000});
+    const struct { const char* path; std::string bytes; std::vector<Progress> events; double size; } cases[] = {
+        {"size/300", padded300 + std::string(1976, 'x'), Expect(300, {1024, 1024}, 1024), 300},
+        {"size/2048", PatternBytes(2048), Expect(2048, {1024, 2048, 2048}, 2048), 2048},
+        {"nolength/300", padded300, {{1.0f, "1024 bytes of 0 bytes read "}}, 0},
+        {"nolength/5000", PatternBytes(5000), {{1.0f, "5000 bytes of 0 bytes read "}}, 0},
+        {"size/100000", PatternBytes(100000), Expect(100000, totals, 100000), 100000},
+    };
+    for (const auto& c : cases) {
+        watcher.progress.clear();
+        if (&c == cases) winbench::WriteFileBytes(Target(), std::string(3000, 'x'));
+        ASSERT_TRUE(ftp.DownloadFile(base + c.path, Target())) << c.path;
+        EXPECT_EQ(winbench::ReadFileBytes(Target()), c.bytes) << c.path;
+        EXPECT_EQ(watcher.progress, c.events) << c.path;
+        EXPECT_EQ(ftp.dwCurrentFileSize(), c.size) << c.path;
+        EXPECT_FALSE(ftp.StillExecuting());
+        DeleteFileA(Target().c_str());
+    }
+    EXPECT_EQ(ftp.OpenURL(base + "size/300"), padded300);
+    EXPECT_EQ(ftp.OpenURL(base + "echo-agent").substr(0, 24), "Corvan Connect Installer");
+    WIN32_FIND_DATAA found{};  // both halves of a size are read signed
+    found.nFileSizeHigh = 1;
+    found.nFileSizeLow = 0xFFFFFFFF;
+    EXPECT_EQ(Session::FtpFileGetFileSize(found), 4294967295.0);
+}
+
+// A refused, cut or unreachable download writes nothing: an existing file
+// stays as it was and no part file is left; nothing at all is raised for a
+// server that refuses the file. Only the known authority is trusted.
+TEST_F(Transfer, FailuresWriteNothing) {
+    winbench::WriteFileBytes(Target(), "old contents");
+    const std::string untrusted = Env("CORVAN_HTTPS_UNTRUSTED_URL");
+    for (const std::string& url : {base + "status/404", base + "status/500", base + "cut/20000", base + "cut/600",
+                                   std::string("http://127.0.0.1:1/size/300"), std::string("not a url"),
+                                   untrusted + "size/2048"}) {
+        watcher.progress.clear();
+        EXPECT_FALSE(ftp.DownloadFile(url, Target())) << url;
+        EXPECT_FALSE(ftp.DownloadFile(url, Target("new.bin"))) << url;
+        if (url.find("status/") != std::string::npos || url == untrusted + "size/2048")
+            EXPECT_TRUE(watcher.progress.empty()) << url;
+        EXPECT_FALSE(ftp.StillExecuting());
+    }
+    EXPECT_EQ(winbench::ReadFileBytes(Target()), "old contents");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Path()), {}), 1);
+    EXPECT_FALSE(ftp.DownloadFile(base + "size/300", folder.Path() + "no\\such\\folder\\f.bin"));
+    watcher.progress.clear();
+    EXPECT_EQ(ftp.OpenURL(base + "status/404"), "");
+    EXPECT_EQ(watcher.progress, (std::vector<Progress>{{1.0f, "0 bytes of 0 bytes read "}}));
+    EXPECT_EQ(ftp.OpenURL(base + "cut/8000"), "");
+    EXPECT_EQ(ftp.OpenURL(untrusted + "size/10"), "");
+    ASSERT_EQ(Env("CORVAN_TEST_AUTHORITY"), "trusted");
+    ASSERT_TRUE(ftp.DownloadFile(Env("CORVAN_HTTPS_URL") + "size/2048", Target()));
+    EXPECT_EQ(winbench::ReadFileBytes(Target()), PatternBytes(2048));
+}
+
+// On a modem line each block is handed out as it arrives, with its event
+// and its pump while busy, rather than when a large read has filled up: ten
+// pieces come a second apart, and so do the pumps.
+TEST_F(Transfer, ASlowLineHandsOutEachBlockAsItArrives) {
+    const Clock::time_point start = Clock::now();
+    ASSERT_TRUE(ftp.DownloadFile(base + "paced/10240/1000", Target()));
+    EXPECT_EQ(winbench::ReadFileBytes(Target()), PatternBytes(10240));
+    auto seconds = [](Clock::time_point from, Clock::time_point to) { return std::chrono::duration<double>(to - from).count(); };
+    ASSERT_EQ(watcher.progressTimes.size(), 12u);
+    EXPECT_GT(seconds(start, watcher.progressTimes[0]), 0.5);
+    EXPECT_LT(seconds(start, watcher.progressTimes[0]), 2.5) << "the first block waited for the rest";
+    ASSERT_EQ(watcher.pumpTimes.size(), 10u);  // nine after the first block, plus the empty read
+    EXPECT_EQ(watcher.busy, 10);
+    for (size_t i = 1; i < 9; ++i) EXPECT_GT(seconds(watcher.pumpTimes[i - 1], watcher.pumpTimes[i]), 0.5) << i;
+}
+
+// The control's own desktop lets the page's messages run; a thread timer
+// ticks every 50 ms, so the gaps between ticks show how long the page went
+// without its messages.
+std::vector<DWORD> ticks;
+void CALLBACK Tick(HWND, UINT, UINT_PTR, DWORD) { ticks.push_back(GetTickCount()); }
+
+// A server that answers nothing, or sends half and falls silent, ends the
+// download within MAXTRIES (2) time-outs and a pause, the page's messages
+// running all the while. A body broken off is completed by a range request
+// for the rest; a server that answers it with the whole file again gives the
+// whole file, never half of it twice.
+TEST_F(Transfer, BoundedWaitsRetriesAndRangeRequests) {
+    const DWORD kSilenceMs = 1500;
+    const corvan::TransferPolicy saved = corvan::ProcessTransferPolicy();
+    const int16_t savedTries = corvan::modCorvanInstaller_Global().MaxTries();
+    corvan::ProcessTransferPolicy() = {1000, 1000, kSilenceMs, 100, 200};
+    corvan::modCorvanInstaller_Global().MaxTries(2);
+    corvan::WindowsDesktop desktop;
+    auto session = std::make_unique<Session>(&desktop, &watcher);  // takes the policy
+    const struct { const char* faults; bool fails; std::vector<std::string> answers; } cases[] = {
+        {"silent", true, {}},
+        {"stall", true, {}},
+        {"cut ok", false, {"200", "206 bytes=50000-"}},
+        {"cut whole", false, {"200", "200"}},
+    };
+    for (const auto& c : cases) {
+        testserver::InstallerFolder server("retry-" + std::to_string(&c - cases));
+        server.Write("file.bin", PatternBytes(100000));
+        server.Misbehave("file.bin", c.faults);
+        const bool fails = c.fails;
+        ticks.clear();
+        const UINT_PTR timer = SetTimer(nullptr, 0, 50, &Tick);
+        const DWORD start = GetTickCount();
+        EXPECT_EQ(session->DownloadFile(server.URL() + "file.bin", Target()), !fails) << c.faults;
+        const DWORD end = GetTickCount();
+        KillTimer(nullptr, timer);
+        DWORD longest = 0, last = start;
+        for (DWORD tick : ticks) longest = std::max(longest, tick - last), last = tick;
+        EXPECT_LT(std::max(longest, end - last), kSilenceMs * 2 / 3) << c.faults << ": the page went without its messages";
+        if (fails) {
+            EXPECT_GE(end - start, 2 * kSilenceMs) << c.faults;
+            EXPECT_LT(end - start, 2 * kSilenceMs + 100 + 1500) << c.faults;
+            EXPECT_EQ(server.Requests("file.bin"), 2) << c.faults;
+            EXPECT_FALSE(winbench::FileExists(Target())) << c.faults;
+        } else {
+            EXPECT_EQ(winbench::ReadFileBytes(Target()), PatternBytes(100000)) << c.faults;
+            EXPECT_EQ(server.Answers("file.bin"), c.answers) << c.faults;
+            EXPECT_EQ(watcher.progress.back(), Progress(1.0f, "100000 bytes of 100000 bytes read ")) << c.faults;
+        }
+        EXPECT_FALSE(session->StillExecuting());
+        DeleteFileA(Target().c_str());
+    }
+    // The file as a text comes whole the same way, its query kept.
+    testserver::InstallerFolder server("retry-text");
+    server.Write("file.bin", PatternBytes(5000));
+    server.Misbehave("file.bin", "cut ok");
+    EXPECT_EQ(session->OpenURL(server.URL() + "file.bin?v=2"), PatternBytes(5000));
+    EXPECT_EQ(server.Answers("file.bin?v=2"), (std::vector<std::string>{"200", "206 bytes=2500-"}));
+    corvan::ProcessTransferPolicy() = saved;
+    corvan::modCorvanInstaller_Global().MaxTries(savedTries);
+}
+
+// CorvanInstaller.clsFTP, registered by the test run: Wine's script host
+// creates it by ProgID and downloads late bound; a page's sink hears its
+// events until it unadvises.
+TEST_F(Transfer, ThePublicClassForScriptsAndPages) {
+    const std::string script = folder.Path() + "fetch.vbs";
+    winbench::WriteFileBytes(script,
+                             "Set ftp = CreateObject(\"CorvanInstaller.clsFTP\")\r\n"
+                             "ok = ftp.DownloadFile(\"" + base + "size/2048\", \"" + Target("got.bin") + "\")\r\n"
+                             "WScript.Echo \"port=\" & ftp.Port & \" ok=\" & ok & \" size=\" & ftp.dwCurrentFileSize\r\n"
+                             "WScript.Echo \"missing=\" & ftp.DownloadFile(\"" + base + "status/404\", \"" + Target("no.bin") + "\")\r\n"
+                             "WScript.Echo \"text=\" & Len(ftp.OpenURL(\"" + base + "size/300\"))\r\n"
+                             "code = 12002\r\n"
+                             "WScript.Echo \"err=\" & ftp.GetErr(code) & \"|\" & code\r\n");
+    const winbench::ChildResult run = winbench::RunAndWait("cscript.exe //nologo \"" + script + "\"");
+    ASSERT_EQ(run.exitCode, 0) << run.output;
+    EXPECT_EQ(run.output, "port=21 ok=True size=2048\r\nmissing=False\r\ntext=1024\r\nerr=The request has timed out.|0\r\n");
+    EXPECT_EQ(winbench::ReadFileBytes(Target("got.bin")), PatternBytes(2048));
+    EXPECT_FALSE(winbench::FileExists(Target("no.bin")));
+
+    ASSERT_TRUE(SUCCEEDED(CoInitialize(nullptr)));
+    {
+        testing_support::DispatchSink sink(DIID___clsFTP);  // outlives every reference the object may hold to it
+        CLSID clsid;
+        ASSERT_EQ(CLSIDFromProgID(L"CorvanInstaller.clsFTP", &clsid), S_OK);
+        corvan::com::ComPtr<_clsFTP> object;
+        ASSERT_EQ(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID__clsFTP, object.PutVoid()), S_OK);
+        corvan::com::ComPtr<IConnectionPoint> point;
+        ASSERT_EQ(object.As<IConnectionPointContainer>(IID_IConnectionPointContainer)
+                      ->FindConnectionPoint(DIID___clsFTP, point.Put()), S_OK);
+        DWORD cookie = 0;
+        ASSERT_EQ(point->Advise(&sink, &cookie), S_OK);
+        corvan::com::Bstr url(base + "size/300"), destination(Target("sink.bin"));
+        VARIANT_BOOL ok = VARIANT_FALSE;
+        EXPECT_EQ(object->DownloadFile(url.Get(), destination.Get(), &ok), S_OK);
+        EXPECT_EQ(ok, VARIANT_TRUE);
+        const std::string progress = "1 R4:3.41333 BSTR:1024 bytes of 300 bytes read ";
+        EXPECT_EQ(sink.calls, (std::vector<std::string>{progress, progress, "1 R4:1 BSTR:1024 bytes of 300 bytes read "}));
+        EXPECT_EQ(point->Unadvise(cookie), S_OK);
+        sink.calls.clear();
+        EXPECT_EQ(object->DownloadFile(url.Get(), destination.Get(), &ok), S_OK);
+        EXPECT_TRUE(sink.calls.empty());
+    }
+    CoUninitialize();
+}
