@@ -28,7 +28,7 @@ def prepare_prefix(root, prefix):
     env = dict(os.environ, WINEPREFIX=prefix, WINEDEBUG="-all")
     # The prefix's server stays for the whole bench run (it is persistent),
     # and is stopped at the end.
-    make_prefix(root, env)
+    make_prefix(env)
     return env
 
 
