@@ -130,13 +130,6 @@ std::string SortedWords(const std::string& text) {
     return Join(words, " ");
 }
 
-std::string Beside(const std::string& file) {  // beside this test program
-    char self[MAX_PATH] = {};
-    GetModuleFileNameA(nullptr, self, MAX_PATH);
-    const std::string path = self;
-    return path.substr(0, path.find_last_of('\\') + 1) + file;
-}
-
 // ---- the packages as rows -------------------------------------------------
 
 struct PackageKind {
@@ -331,12 +324,8 @@ protected:
     // installed, no file held open, Windows and Internet Explorer as the
     // prefix had them.
     void Clean() {
-        for (HANDLE holder : holders_) {
-            TerminateProcess(holder, 0);
-            WaitForSingleObject(holder, 5000);
-            CloseHandle(holder);
-        }
-        holders_.clear();
+        for (HANDLE held : held_) CloseHandle(held);
+        held_.clear();
         if (MsiQueryProductStateA(kTestMsiProduct) == INSTALLSTATE_DEFAULT)
             winbench::RunAndWait(std::string("msiexec.exe /x ") + kTestMsiProduct + " /qn");
         for (const char* path : {"C:\\TALO", "C:\\Temp"})
@@ -346,24 +335,6 @@ protected:
         RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kVersionVectorKey, "IE");
         if (oldProduct_) SetRegistryText(HKEY_LOCAL_MACHINE, kWindowsKey, "ProductName", *oldProduct_);
         oldProduct_.reset();
-    }
-
-    // Another process (hold_file.exe) holds the file open, sharing nothing,
-    // until Clean.
-    void HoldOpen(const std::string& path) {
-        const std::string event = "CorvanHoldFile" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(holders_.size());
-        HANDLE held = CreateEventA(nullptr, TRUE, FALSE, event.c_str());
-        std::string command = "\"" + Beside("hold_file.exe") + "\" \"" + path + "\" " + event;
-        STARTUPINFOA startup{};
-        startup.cb = sizeof startup;
-        PROCESS_INFORMATION process{};
-        if (CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process)) {
-            CloseHandle(process.hThread);
-            holders_.push_back(process.hProcess);
-            const HANDLE either[] = {held, process.hProcess};
-            WaitForMultipleObjects(2, either, FALSE, 10000);
-        }
-        CloseHandle(held);
     }
 
     // InstallComplete, msi, cab, dll: the value, "registered", or "-".
@@ -414,7 +385,7 @@ protected:
 
     std::map<std::string, std::unique_ptr<testserver::InstallerFolder>> folders_;
     testserver::InstallerFolder* folder_ = nullptr;  // the one setting-up and checking lines mean
-    std::vector<HANDLE> holders_;
+    std::vector<HANDLE> held_;  // files held open, sharing nothing, as a virus scanner or an open program does
     std::optional<std::string> oldProduct_;
     std::string pageUrl_, commandRecord_, groups_, clientOutput_;
     bool unregistered_ = false;
@@ -472,7 +443,8 @@ void Scenario::Do(const Line& line) {
     } else if (k == "readonly") {
         SetFileAttributesA(text.c_str(), FILE_ATTRIBUTE_READONLY);
     } else if (k == "hold") {
-        HoldOpen(text);
+        held_.push_back(CreateFileA(text.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        ASSERT_NE(held_.back(), INVALID_HANDLE_VALUE) << text;
     } else if (k == "talofile" || k == "tempfile") {
         const std::string path = k == "talofile" ? "C:\\TALO" : "C:\\Temp";
         winbench::RemoveTree(path);
@@ -600,7 +572,7 @@ INSTANTIATE_TEST_SUITE_P(Table, Scenario, ::testing::ValuesIn(LoadScenarios("sce
 // (CorvanInstallerFaults.ocx, beside this program).
 class Fault : public Scenario {
 protected:
-    std::string Server() const override { return Beside("CorvanInstallerFaults.ocx"); }
+    std::string Server() const override { return winbench::BesideThisProgram("CorvanInstallerFaults.ocx"); }
 };
 TEST_P(Fault, Runs) { RunLines(); }
 INSTANTIATE_TEST_SUITE_P(Matrix, Fault, ::testing::ValuesIn(LoadScenarios("faults.txt")),
