@@ -7,6 +7,7 @@
 
 #include "engine/RegisterControls.h"
 #include "engine/registration_pass.h"
+#include "harness.h"
 #include "test_packages.h"
 #include "wine_bench.h"
 
@@ -79,62 +80,25 @@ protected:
     winbench::ScratchFolder folder{"registration"};
 };
 
-enum class Call { RegisterFile, CallDllServer, RegisterTypeLibFile };
-enum class Check { Nothing, Server, TypeLib };
-
-struct ModuleCase {
-    Call call;
-    const char* file;
-    bool unregister;
-    const char* expected;  // the returned text; "?" for the system's words, never empty
-    Check check;           // looked at afterwards:
-    bool registered;       // it names this file, or it is gone
-};
-
-// In order: each registration is undone by a later case.
-const ModuleCase kModuleCases[] = {
-    {Call::RegisterFile, "registering.dll", false, "", Check::Server, true},
-    {Call::RegisterFile, "registering.dll", true, "", Check::Server, false},
-    {Call::RegisterFile, "CONTROL.OCX", false, "", Check::Server, true},
-    {Call::RegisterFile, "CONTROL.OCX", true, "", Check::Server, false},
-    // Not a control or library: nothing runs, and that is a success.
-    {Call::RegisterFile, "registering.bin", false, "", Check::Server, false},
-    // A library without the entries that holds a type library.
-    {Call::CallDllServer, "typelib.dll", false,
-     "File was loaded, but the DllRegisterServer entry point was not found.", Check::Nothing, false},
-    {Call::CallDllServer, "typelib.dll", true,
-     "File was loaded, but the DllUnregisterServer entry point was not found.", Check::Nothing, false},
-    {Call::RegisterFile, "typelib.dll", false, "", Check::TypeLib, true},
-    {Call::RegisterFile, "typelib.dll", true, "", Check::TypeLib, false},
-    {Call::RegisterFile, "CAPS.TLB", false, "", Check::TypeLib, true},
-    {Call::RegisterTypeLibFile, "CAPS.TLB", true, "", Check::TypeLib, false},
-    {Call::RegisterFile, "library.olb", false, "", Check::TypeLib, true},
-    {Call::RegisterFile, "library.olb", true, "", Check::TypeLib, false},
-    // Neither a module nor a type library: the module's own text wins.
-    {Call::RegisterFile, "notamodule.dll", false, kNotAModule.c_str(), Check::Nothing, false},
-    {Call::RegisterTypeLibFile, "notamodule.dll", false, "?", Check::Nothing, false},
-    {Call::RegisterTypeLibFile, "missing.tlb", true, "?", Check::Nothing, false},
-};
-
 }  // namespace
 
+// The cases of registration.txt [modules].
 TEST_F(Registration, RegistersAndUnregistersEachKindOfFile) {
-    for (const ModuleCase& c : kModuleCases) {
-        const std::string path = folder.Path() + c.file;
-        SCOPED_TRACE(std::string(c.file) + (c.unregister ? " unregister" : " register"));
-        const std::string result = c.call == Call::RegisterFile    ? RegisterControls::RegisterFile(path, c.unregister)
-                                   : c.call == Call::CallDllServer ? RegisterControls::CallDllServer(path, c.unregister)
-                                                                   : RegisterControls::RegisterTypeLibFile(path, c.unregister);
-        if (std::string(c.expected) == "?") {
+    for (const auto& row : unit_table::Table("registration.txt", "modules")) {
+        SCOPED_TRACE(row.where);
+        const std::string path = folder.Path() + row[1];
+        const bool unregister = row[2] == "unregister";
+        const std::string result = row[0] == "RegisterFile"    ? RegisterControls::RegisterFile(path, unregister)
+                                   : row[0] == "CallDllServer" ? RegisterControls::CallDllServer(path, unregister)
+                                                               : RegisterControls::RegisterTypeLibFile(path, unregister);
+        if (row[3] == "?") {
             EXPECT_FALSE(result.empty());
             EXPECT_NE(result, kNotAModule);
         } else {
-            EXPECT_EQ(result, c.expected);
+            EXPECT_EQ(result, row[3]);
         }
-        const std::optional<std::string> registered = c.registered ? std::optional(path) : std::nullopt;
-        if (c.check != Check::Nothing) {
-            EXPECT_EQ(c.check == Check::Server ? RegisteredServer() : RegisteredTypeLib(), registered);
-        }
+        const auto registered = row[4].rfind("server", 0) == 0 ? RegisteredServer() : RegisteredTypeLib();
+        if (!row[4].empty()) EXPECT_EQ(registered.value_or("-"), row[4].back() == '-' ? "-" : path);
     }
     // Routines that use COM find their thread in an apartment, as under
     // regsvr32.

@@ -3,12 +3,13 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <functional>
+#include <sstream>
 #include <thread>
 
 #include <olectl.h>
 
 #include "failing_allocation.h"
+#include "harness.h"
 #include "files/clsFileIO.h"
 #include "files/clsFolderIO.h"
 #include "files/clsShell.h"
@@ -137,7 +138,7 @@ TEST(FileIO, WritesReplaceOrAppendAndNeverHalfWrite) {
 
 // The version resource, the CRC as upper-case hexadecimal without leading
 // zeros with its progress passed on and its stream closed at the end, and
-// what the shell says of the file.
+// the file's icon as a picture.
 TEST(FileIO, VersionCrcAndShellFacts) {
     CoInitialize(nullptr);
     winbench::ScratchFolder scratch("files-facts");
@@ -159,8 +160,6 @@ TEST(FileIO, VersionCrcAndShellFacts) {
     EXPECT_EQ(percents.seen, (std::vector<int>{100, 100}));
     EXPECT_EQ(file.Length(), 8193);
     EXPECT_EQ(file.FileInfo().size, 8193);
-    EXPECT_EQ(file.Comments(), "");  // Wine's shell has no detail columns; the walk still ends
-    EXPECT_NE(file.GetFileTypeName(), "");
     IPicture* picture = clsFileIO::IconToPicture(file.GetIcon());
     ASSERT_NE(picture, nullptr);
     SHORT type = 0;
@@ -203,78 +202,44 @@ TEST(FolderIO, OpensAndAnswersQuestions) {
     EXPECT_EQ(folder.ParentPath(), "");
 }
 
-// Each case on a fresh tree, opened: what is set up after the open, the
-// answer to the confirmation box (0: none asked), the operation, its error
-// number, and the files there ("name" or "name=text") and gone afterwards
-// (paths below the scratch folder). A refused operation changes nothing.
+// The cases of files.txt [folder].
 TEST(FolderIO, CopyMoveAndDelete) {
-    using Op = std::function<int32_t(clsFolderIO&, const std::string&)>;
-    const Op copy = [](clsFolderIO& f, const std::string& s) { return f.Copy(s + "copy", false, false); };
-    const Op del = [](clsFolderIO& f, const std::string&) { return f.Delete(false, false); };
-    const struct {
-        const char* what;
-        std::function<void(const std::string&)> setUp;
-        int answer;
-        Op run;
-        int32_t error;
-        std::vector<std::string> there, gone;
-    } cases[] = {
-        {"copy", nullptr, 0, copy, 0, {"copy\\sub\\c.txt=ccccc", "copy\\empty", "tree\\a.txt"}, {}},
-        {"copy onto a file that is there", [](auto& s) { MakeTree(s + "copy\\"); DeleteFileA((s + "copy\\tree\\a.txt").c_str()); },
-         0, [](clsFolderIO& f, const std::string& s) { return f.Copy(s + "copy\\tree", false, false); }, 58,
-         {"copy\\tree\\sub\\c.txt"}, {"copy\\tree\\a.txt"}},
-        {"copy over", [](auto& s) { MakeTree(s + "copy\\"); WriteFileBytes(s + "tree\\a.txt", "changed"); }, 0,
-         [](clsFolderIO& f, const std::string& s) { return f.Copy(s + "copy\\tree", true, false); }, 0,
-         {"copy\\tree\\a.txt=changed"}, {}},
-        {"copy into a folder", [](auto& s) { CreateDirectoryA((s + "into").c_str(), nullptr); }, 0,
-         [](clsFolderIO& f, const std::string& s) { return f.Copy(s + "into\\", true, false); }, 0,
-         {"into\\tree\\sub\\c.txt"}, {}},
-        {"copy into itself", nullptr, 0,
-         [](clsFolderIO& f, const std::string& s) { return f.Copy(s + "tree\\inside", true, false); }, 5, {}, {"tree\\inside"}},
-        {"copy, answered No", nullptr, msgbox::vbNo,
-         [](clsFolderIO& f, const std::string& s) { return f.Copy(s + "copy", true, true); }, 0, {}, {"copy"}},
-        {"delete a read-only file", [](auto& s) { SetFileAttributesA((s + "tree\\sub\\c.txt").c_str(), FILE_ATTRIBUTE_READONLY); },
-         0, del, 70, {"tree\\sub\\c.txt", "tree\\a.txt"}, {}},
-        {"delete, answered No", nullptr, msgbox::vbNo, [](clsFolderIO& f, const std::string&) { return f.Delete(true, true); },
-         0, {"tree\\a.txt"}, {}},
-        {"delete, answered Yes", nullptr, msgbox::vbYes, [](clsFolderIO& f, const std::string&) { return f.Delete(true, true); },
-         0, {}, {"tree"}},
-        {"delete what has gone", [](auto& s) { winbench::RemoveTree(s + "tree"); }, 0, del, 76, {}, {}},
-        {"move without a box", nullptr, 0, [](clsFolderIO& f, const std::string& s) { return f.Move(s + "moved", false); },
-         13, {"tree\\a.txt"}, {"moved"}},
-        {"move, answered No", nullptr, msgbox::vbNo,
-         [](clsFolderIO& f, const std::string& s) { return f.Move(s + "moved", true); }, 0, {"tree\\a.txt"}, {"moved"}},
-        {"move, answered Yes", nullptr, msgbox::vbYes,
-         [](clsFolderIO& f, const std::string& s) {
-             const int32_t error = f.Move(s + "moved", true);
-             EXPECT_EQ(f.path(), s + "moved");
-             return error;
-         },
-         0, {"moved\\sub\\c.txt=ccccc"}, {"tree"}},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto& row : unit_table::Table("files.txt", "folder")) {
+        SCOPED_TRACE(row.where + ": " + row[0]);
         winbench::ScratchFolder scratch("folders-ops");
         const std::string& s = scratch.Path();
         testing_support::ScriptedDesktop desktop;
         clsFolderIO folder(desktop);
         ASSERT_TRUE(folder.OpenFolder(MakeTree(s)));
-        if (c.setUp) c.setUp(s);
-        if (c.answer) desktop.Answer(c.answer);
-        EXPECT_EQ(c.run(folder, s), c.error);
-        ASSERT_EQ(desktop.boxes.size(), c.answer ? 1u : 0u);
-        if (c.answer) {
-            const std::string verb = std::string(c.what).substr(0, std::string(c.what).find(','));
-            EXPECT_EQ(desktop.boxes[0].text, "Are you sure you want to " + verb + " the selected directory?");
-            EXPECT_EQ(desktop.boxes[0].title, "Delete...");
-            EXPECT_EQ(desktop.boxes[0].style, 292);
+        for (const std::string& step : unit_table::Split(row[1], ';')) {
+            std::string verb, path;
+            std::istringstream(step) >> verb >> path;
+            const std::string name = s + path.substr(0, path.find('='));
+            if (verb == "tree") MakeTree(name);
+            if (verb == "delete") DeleteFileA(name.c_str());
+            if (verb == "write") WriteFileBytes(name, path.substr(path.find('=') + 1));
+            if (verb == "mkdir") CreateDirectoryA(name.c_str(), nullptr);
+            if (verb == "readonly") SetFileAttributesA(name.c_str(), FILE_ATTRIBUTE_READONLY);
+            if (verb == "remove") winbench::RemoveTree(name);
         }
-        for (const std::string& entry : c.there) {
+        if (row[2] != "-") desktop.Answer(row[2] == "Yes" ? msgbox::vbYes : msgbox::vbNo);
+        std::string verb, a, b, c;
+        std::istringstream(row[3]) >> verb >> a >> b >> c;
+        EXPECT_EQ(std::to_string(verb == "copy"   ? folder.Copy(s + a, b == "1", c == "1")
+                                 : verb == "move" ? folder.Move(s + a, b == "1")
+                                                  : folder.Delete(a == "1", b == "1")),
+                  row[4]);
+        if (verb == "move" && row[2] == "Yes") EXPECT_EQ(folder.path(), s + a);
+        ASSERT_EQ(desktop.boxes.size(), row[2] == "-" ? 0u : 1u);
+        for (const auto& box : desktop.boxes)
+            EXPECT_EQ(box.text + "|" + box.title + "|" + std::to_string(box.style),
+                      "Are you sure you want to " + verb + " the selected directory?|Delete...|292");
+        for (const std::string& entry : unit_table::Split(row[5], ' ')) {
             const size_t eq = entry.find('=');
             EXPECT_TRUE(FileExists(s + entry.substr(0, eq))) << entry;
             if (eq != std::string::npos) EXPECT_EQ(ReadFileBytes(s + entry.substr(0, eq)), entry.substr(eq + 1));
         }
-        for (const std::string& entry : c.gone) EXPECT_FALSE(FileExists(s + entry)) << entry;
+        for (const std::string& entry : unit_table::Split(row[6], ' ')) EXPECT_FALSE(FileExists(s + entry)) << entry;
         SetFileAttributesA((s + "tree\\sub\\c.txt").c_str(), FILE_ATTRIBUTE_NORMAL);
     }
 }
