@@ -26,8 +26,9 @@ sys.stdout.reconfigure(line_buffering=True)
 
 def prepare_prefix(root, prefix):
     env = dict(os.environ, WINEPREFIX=prefix, WINEDEBUG="-all")
-    make_prefix(root, env)
-    subprocess.run(["wineserver", "-w"], env=env, capture_output=True)
+    # The prefix's server stays for the whole bench run (it is persistent),
+    # and is stopped at the end.
+    make_prefix(env)
     return env
 
 

@@ -9,9 +9,24 @@
 
 namespace corvan {
 
-// A list file object's rows, read from its text in place (the file object
-// counts its rows by the same rule).
-inline TextRows RowsOf(const clsFileIO& file) { return TextRows::Of(file.Contents()); }
+// A list file object's rows, read in place from its text by the index the
+// file object keeps (the rows the engine sees are the ones it counts).
+class FileRows : public ListRows {
+public:
+    explicit FileRows(const clsFileIO& file) : file_(file) {}
+    int32_t RowCount() const override { return file_.RowCount(); }
+    std::string GetRow(int32_t index) const override { return std::string(Row(index)); }
+    std::string_view RowView(int32_t index, std::string&) const override { return Row(index); }
+
+private:
+    // Nothing past the last row: the file object's text after the last
+    // carriage return is not a row of the list.
+    std::string_view Row(int32_t index) const { return index > RowCount() ? std::string_view() : file_.RowView(index); }
+
+    const clsFileIO& file_;
+};
+
+inline FileRows RowsOf(const clsFileIO& file) { return FileRows(file); }
 
 // The settings module's download of a packing list: deletes `path`,
 // downloads `url` to it through the shared session and opens it in `file`.

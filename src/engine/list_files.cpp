@@ -74,11 +74,16 @@ bool clsInstall::SameAsServer() {
         }
         comparison_.Reset();
         Trace({"Loading local file and Server file into collection."});
-        if (!LoadFileIntoCollection(localFile_, true)) {
+        // Only the answer is wanted: the lists are compared by the loads'
+        // rules without making their items.
+        const PackingListComparison::Agreement agreement =
+            comparison_.CompareLists(RowsOf(localFile_), RowsOf(serverFile_));
+        if (agreement.mustInstall) comparison_.blnMustInstall(true);
+        if (!agreement.localLoaded) {
             Trace({"Local file failed to load into collection. Format could be bad."});
             return false;
         }
-        if (!LoadFileIntoCollection(serverFile_, true)) {
+        if (!agreement.serverLoaded) {
             Trace({"Non-Duplicate rows found when comparing server and local file contents."});
             return false;
         }
@@ -88,7 +93,6 @@ bool clsInstall::SameAsServer() {
         }
         Trace({"Local file = Server file"});
         // Nothing to do: the lists are let go.
-        comparison_.Reset();
         localFile_.Contents("");
         serverFile_.Contents("");
         comparison_.blnMustInstall(false);

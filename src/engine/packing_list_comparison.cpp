@@ -1,6 +1,7 @@
 #include "engine/packing_list_comparison.h"
 
 #include <algorithm>
+#include <unordered_map>
 #include <utility>
 
 #include "common/text.h"
@@ -125,6 +126,55 @@ bool PackingListComparison::LoadFileIntoCollection(const ListRows& rows, bool ma
         }
     }
     return result;
+}
+
+PackingListComparison::Agreement PackingListComparison::CompareLists(const ListRows& local,
+                                                                   const ListRows& server) const {
+    // The loads' rules over what they look at: each key's folder as the item
+    // keeps it and its CRC, the texts read in place.
+    struct Kept {
+        std::string folder;
+        std::string crc;  // a row read through a copy does not outlive the next
+    };
+    std::unordered_map<std::string, Kept> kept;
+    kept.reserve(static_cast<size_t>(std::max(local.RowCount(), 0)));
+    std::string scratch, key;
+    // Calls `judge` with the folded key and the columns of each row that
+    // applies to this machine.
+    auto eachRow = [&](const ListRows& rows, auto judge) {
+        for (int32_t index = 1, count = rows.RowCount(); index <= count; ++index) {
+            const std::string_view row = rows.RowView(index, scratch);
+            if (row.empty()) continue;
+            RowColumns columns(row);
+            if (!AppliesToMachine(columns.OS(), versionName_)) continue;
+            key.assign(columns.InstallFolder()).append(columns.FileName());
+            UpperCaseInPlace(key);
+            judge(columns);
+        }
+    };
+    // Each load: a key not yet kept is added (a difference only when the
+    // collection was not empty as the load began); one kept under the same
+    // folder with another CRC takes the row's CRC, and the lists must be
+    // installed. A first load differs only through such a doubled key.
+    Agreement agreement{true, true, false};
+    auto load = [&](const ListRows& rows) {
+        const bool secondLoad = !kept.empty();
+        bool same = !secondLoad || rows.RowCount() == local.RowCount();
+        eachRow(rows, [&](const RowColumns& columns) {
+            auto [found, added] = kept.try_emplace(key, Kept{columns.InstallFolder(), std::string(columns.CRC())});
+            if (added) {
+                if (secondLoad) same = false;
+            } else if (found->second.folder == columns.InstallFolder() && found->second.crc != columns.CRC()) {
+                found->second.crc.assign(columns.CRC());
+                agreement.mustInstall = true;
+                same = false;
+            }
+        });
+        return same;
+    };
+    agreement.localLoaded = load(local);
+    agreement.serverLoaded = load(server);
+    return agreement;
 }
 
 ItemRecord PackingListComparison::NewItem(std::string_view row, bool markDirty, bool secondLoad) const {

@@ -108,6 +108,17 @@ public:
 
     const std::string& VersionName() const { return versionName_; }
 
+    // What loading `local` and then `server` into an empty collection would
+    // answer, found without making a single item (the update check asks
+    // nothing more): whether each load found nothing that differs, and
+    // whether they set blnMustInstall. colItems is left as it is.
+    struct Agreement {
+        bool localLoaded;
+        bool serverLoaded;
+        bool mustInstall;
+    };
+    Agreement CompareLists(const ListRows& local, const ListRows& server) const;
+
     // The text of SC_Uninstall.scl for colItems: each listed row followed by
     // CR LF, in collection order.
     std::string UninstallListText();

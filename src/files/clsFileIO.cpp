@@ -137,7 +137,9 @@ std::string clsFileIO::VersionNumber() const {
     return text;
 }
 
-std::string clsFileIO::GetRow(int32_t index) const { return std::string(ListRow(contents_, rowStarts_, index)); }
+std::string clsFileIO::GetRow(int32_t index) const { return std::string(RowView(index)); }
+
+std::string_view clsFileIO::RowView(int32_t index) const { return ListRow(contents_, rowStarts_, index); }
 
 void clsFileIO::CRCProgress(int16_t& Percent) {
     if (listener_ != nullptr) listener_->CRCProgress(Percent);

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <windows.h>
@@ -89,6 +90,8 @@ public:
     // empty past the last row. The text after the last carriage return is
     // row RowCount() + 1.
     std::string GetRow(int32_t index) const;
+    // The same row as a view of Contents(), valid until the text changes.
+    std::string_view RowView(int32_t index) const;
 
     void CRCProgress(int16_t& Percent) override;
 

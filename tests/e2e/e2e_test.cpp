@@ -46,6 +46,7 @@ struct ScenarioText {
     std::string name;
     std::vector<Line> lines;
 };
+void PrintTo(const ScenarioText& scenario, std::ostream* out) { *out << scenario.name; }
 
 // "scenario <name>" starts a scenario, every other line is "<keyword> <text>".
 std::vector<ScenarioText> LoadScenarios(const std::string& name) {

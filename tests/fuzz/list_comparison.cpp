@@ -3,7 +3,7 @@
 // dirty and removed marks, the order, the result and blnMustInstall follow
 // the rules of the comparison for every key that each list names at most
 // once (a key twice in one list has rules of its own: only the removed mark
-// is checked for it).
+// is checked for it). The comparison without items answers as the loads do.
 #include <map>
 #include <set>
 #include <string>
@@ -68,6 +68,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     comparison.blnForceInstall(force);
     const bool localResult = comparison.LoadFileIntoCollection(localList, true);
     const bool serverResult = comparison.LoadFileIntoCollection(serverList, serverMarksDirty);
+    // The update check compares without items, and must answer as the loads do.
+    const auto agreement = comparison.CompareLists(localList, serverList);
+    FUZZ_CHECK(agreement.localLoaded == localResult && agreement.serverLoaded == serverResult &&
+               agreement.mustInstall == comparison.blnMustInstall());
 
     const auto local = ApplicableRows(localList, versionName);
     const auto server = ApplicableRows(serverList, versionName);

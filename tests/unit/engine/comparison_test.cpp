@@ -22,6 +22,13 @@ TEST(Comparison, LocalThenServerList) {
         if (c[2] == "-") results += "- ";
         else results += comparison.LoadFileIntoCollection(TextRows(List(c[2])), force) ? "1 " : "0 ";
         EXPECT_EQ(results + (comparison.blnMustInstall() ? "1" : "0"), c[4]);
+        if (c[2] != "-") {
+            // The update check's comparison without items answers alike.
+            const auto agreement = comparison.CompareLists(TextRows(List(c[1])), TextRows(List(c[2])));
+            EXPECT_EQ(std::string(agreement.localLoaded ? "1 " : "0 ") + (agreement.serverLoaded ? "1 " : "0 ") +
+                          (agreement.mustInstall ? "1" : "0"),
+                      c[4]);
+        }
         std::string items;
         for (auto& [key, item] : comparison.colItems())
             items += (items.empty() ? "" : "; ") + key + (item.IsDirty() ? " D" : " -") + (item.Removed() ? "R" : "-");
