@@ -10,6 +10,7 @@
 #include "logging/write_log.h"
 #include "raised.h"
 #include "scripted_desktop.h"
+#include "session_log.h"
 #include "test_packages.h"
 #include "wine_bench.h"
 
@@ -32,21 +33,14 @@ protected:
     void SetUp() override {
         if (!server.Available()) GTEST_SKIP() << "the http fixture did not start";
         winbench::RemoveTree("C:\\TALO");
-        corvan::GlobalLog().OpenLogFile("item.log", scratch.Path(), false);
+        CreateDirectoryA("C:\\TALO", nullptr);
+        corvan::GlobalLog().OpenLogFile("SC_Install.log", "C:\\TALO\\", false);
         item.Source(server.URL());
         item.InstallFolder("C:\\TALO\\");
     }
     void TearDown() override {
         corvan::GlobalLog().CloseLogFile();
         winbench::RemoveTree("C:\\TALO");
-    }
-    // The install log's messages, without their time stamps.
-    Lines LogMessages() const {
-        Lines messages;
-        const std::string text = winbench::ReadFileBytes(scratch.Path() + "item.log");
-        for (size_t at = text.find('\t'); at != std::string::npos; at = text.find('\t', at + 1))
-            messages.push_back(text.substr(at + 1, text.find("\r\n", at) - at - 1));
-        return messages;
     }
 
     winbench::ScratchFolder scratch{"item"};
@@ -71,7 +65,7 @@ TEST_F(Item, FetchedAgainOnlyWhenTheCrcTextDiffers) {
     item.CRC(mdb.crc);
     item.Install();
     EXPECT_TRUE(winbench::FileExists(scratch.Path() + "data\\corvan_test.mdb"));
-    EXPECT_EQ(LogMessages()[1], "Downloading file '" + scratch.Path() + "data\\corvan_test.mdb'");
+    EXPECT_EQ(control_tests::LogMessages()[1], "Downloading file '" + scratch.Path() + "data\\corvan_test.mdb'");
     events.log.clear();
     item.Install();
     EXPECT_EQ(server.Requests(pkg::kMdb, 200), 1);
@@ -83,7 +77,7 @@ TEST_F(Item, FetchedAgainOnlyWhenTheCrcTextDiffers) {
     item.CRC(lower);
     item.Install();
     EXPECT_EQ(server.Requests(pkg::kMdb), 2);
-    const Lines log = LogMessages();
+    const Lines log = control_tests::LogMessages();
     EXPECT_EQ(Lines(log.end() - 3, log.end()),
               (Lines{"Checking for local file 'C:\\TALO\\corvan_test.mdb'",
                      "C:\\TALO\\corvan_test.mdb's CRC Value = " + mdb.crc + ", SC_Install.scl's CRC value for this file = " + lower,

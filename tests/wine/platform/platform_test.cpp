@@ -1,16 +1,14 @@
 // The platform services against the prefix's real registry, environment,
-// tokens and Windows Installer.
+// tokens and Windows Installer. Reading and writing the registry is the
+// e2e table's and the security test's.
 #include <gtest/gtest.h>
 
 #include <windows.h>
 #include <objbase.h>
 
-#include "common/failure.h"
-#include "platform/clsRegistry.h"
 #include "platform/clsTalo.h"
 #include "platform/clsWindowTools.h"
 #include "platform/modPDFVer.h"
-#include "raised.h"
 #include "scripted_desktop.h"
 #include "wine_bench.h"
 
@@ -18,58 +16,12 @@ using namespace corvan;
 
 namespace {
 
-constexpr int32_t kCurrentUser = static_cast<int32_t>(0x80000001u);
-const std::string kKey = "Software\\CorvanTests\\Registry";
-
-// A value's registry type and bytes; type 0 when it is missing.
-std::pair<DWORD, std::string> Raw(const std::string& name) {
-    char buffer[512];
-    DWORD size = sizeof buffer, type = 0;
-    if (RegGetValueA(HKEY_CURRENT_USER, kKey.c_str(), name.c_str(), RRF_RT_ANY | RRF_NOEXPAND, &type, buffer, &size))
-        return {0, ""};
-    return {type, std::string(buffer, size)};
-}
-
 void Succeeds(const std::string& command) {
     const auto result = winbench::RunAndWait(command);
     EXPECT_EQ(result.exitCode, 0) << command << ": " << result.output;
 }
 
 }  // namespace
-
-// Each registry type is written and read back its own way (the rules that
-// choose the type are tested natively): a value of no registry form answers
-// false and writes nothing; a value that cannot be planned re-raises with
-// its call in the source; missing values and keys give the default back.
-TEST(Registry, EachTypeWrittenAndReadItsOwnWay) {
-    RegDeleteTreeA(HKEY_CURRENT_USER, kKey.c_str());
-    SetEnvironmentVariableA("CORVAN_H3_DIR", "C:\\work");
-    clsRegistry registry;
-    const struct { const char* name; RegVariant written; DWORD type; std::string bytes; RegVariant read; } cases[] = {
-        {"Zero", RegVariant::String("0"), REG_SZ, std::string("0\0", 2), RegVariant::String("0")},
-        {"Expand", RegVariant::String("%CORVAN_H3_DIR%\\x"), REG_EXPAND_SZ, std::string("%CORVAN_H3_DIR%\\x\0", 18),
-         RegVariant::String("C:\\work\\x")},
-        {"Long", RegVariant::Long(0x01020304), REG_DWORD, "\x04\x03\x02\x01", RegVariant::Long(0x01020304)},
-        {"Bin", RegVariant::Bytes({9, 8, 7}), REG_BINARY, "\x09\x08\x07", RegVariant::Bytes({9, 8, 7, 0})},
-        {"Flag", RegVariant::Boolean(true), 0, "", RegVariant()},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(registry.SetRegValue(kCurrentUser, kKey, c.name, c.written, RegVariant::Integer(1)), c.type != 0);
-        EXPECT_EQ(Raw(c.name), std::make_pair(c.type, c.bytes)) << c.name;
-        EXPECT_EQ(registry.GetRegSetting(kCurrentUser, kKey, c.name, RegVariant()), c.read) << c.name;
-    }
-    EXPECT_EQ(registry.GetRegSetting(kCurrentUser, kKey, "Missing", RegVariant::Integer(5)), RegVariant::Integer(5));
-    EXPECT_EQ(registry.GetRegSetting(kCurrentUser, kKey + "\\Nope", "Zero", RegVariant::Double(2.5)), RegVariant::Double(2.5));
-    EXPECT_FALSE(registry.SetRegValue(0x12345, kKey, "X", RegVariant::Long(1)));  // a root that does not exist
-
-    const Failure f = testing_support::Raised(
-        [&] { registry.SetRegValue(kCurrentUser, kKey, "Empty", RegVariant::Bytes({}), RegVariant::Integer(3)); });
-    EXPECT_EQ(std::to_string(f.Number()) + " " + f.Description() + " " + f.Source(),
-              "9 Subscript out of range CorvanInstaller - clsRegistry.SetRegValue(-2147483647," + kKey + ",Empty,,[3]");
-    EXPECT_EQ(Raw("Empty").first, 0u);
-
-    RegDeleteTreeA(HKEY_CURRENT_USER, kKey.c_str());
-}
 
 // Without a product name in the NT key, the Windows 98 key's is taken (in
 // a child process: Wine reads the version when a process starts). Version

@@ -27,37 +27,31 @@ struct StatusRecorder : corvan::clsCorvanSecurityEvents {
 
 enum class Cacls { WineOwn, Recording, NotAProgram, Missing };
 
-// Puts a stand-in where the configurator looks for cacls.exe, and Wine's own
-// back afterwards. The path is the one the configurator asks for, so in a
-// 32-bit test the file-system redirection takes both to syswow64. Wine runs
-// the system folder's cacls.exe as its built-in one unless told otherwise.
-class SystemCacls {
-public:
-    explicit SystemCacls(Cacls kind) : kind_(kind) {
-        if (kind_ == Cacls::WineOwn) return;
-        EXPECT_TRUE(MoveFileExA(path_.c_str(), saved_.c_str(), MOVEFILE_REPLACE_EXISTING));
-        if (kind_ == Cacls::Recording) {
-            EXPECT_TRUE(CopyFileA(winbench::BesideThisProgram("recording_cacls.exe").c_str(), path_.c_str(), FALSE));
-            EXPECT_EQ(RegSetKeyValueA(HKEY_CURRENT_USER, kOverrides, "cacls.exe", REG_SZ, "native", 7), ERROR_SUCCESS);
-        } else if (kind_ == Cacls::NotAProgram) {
-            winbench::WriteFileBytes(path_, "not a program\r\n");
-        }
+const char kOverrides[] = "Software\\Wine\\DllOverrides";
+
+// Puts a stand-in where the configurator looks for cacls.exe (in a 32-bit
+// test redirected to syswow64 as the configurator's path is), Wine's own
+// back afterwards; Wine runs it as its built-in one unless told otherwise.
+struct SystemCacls {
+    explicit SystemCacls(Cacls kind) : kind(kind) {
+        if (kind == Cacls::WineOwn) return;
+        EXPECT_TRUE(MoveFileExA(path.c_str(), (path + ".saved").c_str(), MOVEFILE_REPLACE_EXISTING));
+        if (kind == Cacls::Recording)
+            EXPECT_TRUE(CopyFileA(winbench::BesideThisProgram("recording_cacls.exe").c_str(), path.c_str(), FALSE) &&
+                        !RegSetKeyValueA(HKEY_CURRENT_USER, kOverrides, "cacls.exe", REG_SZ, "native", 7));
+        if (kind == Cacls::NotAProgram) winbench::WriteFileBytes(path, "not a program\r\n");
     }
     ~SystemCacls() {
-        if (kind_ == Cacls::WineOwn) return;
-        DeleteFileA(path_.c_str());
-        EXPECT_TRUE(MoveFileA(saved_.c_str(), path_.c_str()));
+        if (kind == Cacls::WineOwn) return;
+        DeleteFileA(path.c_str());
+        EXPECT_TRUE(MoveFileA((path + ".saved").c_str(), path.c_str()));
         RegDeleteKeyValueA(HKEY_CURRENT_USER, kOverrides, "cacls.exe");
     }
-
-private:
-    static constexpr char kOverrides[] = "Software\\Wine\\DllOverrides";
-    Cacls kind_;
-    std::string path_ = [] {
+    const Cacls kind;
+    const std::string path = [] {
         char folder[MAX_PATH] = {};
         return std::string(folder, GetSystemDirectoryA(folder, sizeof folder)) + "\\cacls.exe";
     }();
-    std::string saved_ = path_ + ".corvan-saved";
 };
 
 }  // namespace
