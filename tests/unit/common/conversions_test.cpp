@@ -1,18 +1,10 @@
-#include <gtest/gtest.h>
-
 #include <clocale>
-#include <functional>
-#include <map>
 
 #include "../harness.h"
 #include "common/conversions.h"
 #include "common/keyed_collection.h"
 #include "common/text.h"
 #include "common/tick_count.h"
-#include "raised.h"
-
-using namespace corvan;
-using testing_support::Raised;
 
 TEST(Conversions, EachReaderOnItsTable) {
     const std::map<std::string, std::function<double(const std::string&)>> readers = {
@@ -22,7 +14,7 @@ TEST(Conversions, EachReaderOnItsTable) {
         {"StrictLong", [](const std::string& t) { return StrictLong(t); }},
         {"StrictDouble", [](const std::string& t) { return StrictDouble(t); }},
         {"StrictBoolean", [](const std::string& t) { return StrictBoolean(t); }}};
-    for (const auto& c : unit_table::Table("common.txt", "readers")) {
+    for (const auto& c : unit_table::Table("common/common.txt", "readers")) {
         const auto& read = readers.at(c[0]);
         if (c[2].rfind("error ", 0) == 0) {
             EXPECT_EQ(Raised([&] { read(c[1]); }).Number(), std::stoi(c[2].substr(6))) << c.where;
@@ -44,7 +36,7 @@ TEST(Conversions, TheHostsLocaleDoesNotChangeThePoint) {
 }
 
 TEST(TickCount, ExtendsTheThirtyTwoBitCountAcrossItsWrap) {
-    for (const auto& c : unit_table::Table("common.txt", "ticks"))
+    for (const auto& c : unit_table::Table("common/common.txt", "ticks"))
         EXPECT_EQ(ExtendTickCount(std::stoull(c[0], nullptr, 0), std::stoul(c[1], nullptr, 0)), std::stoull(c[2], nullptr, 0))
             << c.where;
 }

@@ -1,10 +1,7 @@
 // The comparison of packing lists, case by case (comparison.txt).
-#include <gtest/gtest.h>
 
 #include "../harness.h"
 #include "engine/packing_list_comparison.h"
-
-using namespace corvan;
 
 // OS/FileName/CRC[/folder[/Flag[/LocalSource]]] rows (harness.h).
 std::string List(const std::string& shorthand) {
@@ -13,7 +10,7 @@ std::string List(const std::string& shorthand) {
 }
 
 TEST(Comparison, LocalThenServerList) {
-    for (const auto& c : unit_table::Table("comparison.txt", "cases")) {
+    for (const auto& c : unit_table::Table("engine/comparison.txt", "cases")) {
         SCOPED_TRACE(c.where + ": " + c[0]);
         PackingListComparison comparison("Windows XP", "C:\\windows\\");
         const bool force = c[3] == "1";
@@ -39,10 +36,8 @@ TEST(Comparison, LocalThenServerList) {
     }
 }
 
-TEST(Comparison, ListFormRowsAndGroups) {
+TEST(Comparison, ListForms) {
     const std::string forms[] = {"Valid", "Empty", "TooFewFields"};
-    for (const auto& c : unit_table::Table("comparison.txt", "forms"))
+    for (const auto& c : unit_table::Table("engine/comparison.txt", "forms"))
         EXPECT_EQ(forms[static_cast<int>(CheckListForm(TextRows(c[0])))], c[1]) << c.where;
-    for (const auto& c : unit_table::Table("comparison.txt", "groups"))
-        EXPECT_EQ(InstallGroupAllows(c[0], c[1]), c[2] == "1") << c.where;
 }

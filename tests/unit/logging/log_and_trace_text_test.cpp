@@ -1,12 +1,7 @@
-#include <gtest/gtest.h>
-
-
 #include "../harness.h"
 #include "logging/clsLog.h"
 #include "logging/trace_text.h"
 #include "run_together.h"
-
-using namespace corvan;
 
 // Each value of a trace ends with a tab, arrays expand, Booleans and numbers
 // in the runtime's form (the log line's and the trace stamp's shape are the
@@ -19,11 +14,10 @@ TEST(TraceText, ValuesEachEndWithATabAndArraysExpand) {
 }
 
 // Two controls on two threads run sessions on the one log of the process: a
-// close on one thread never meets a write on the other.
+// close on one thread never meets a write on the other (a write after the
+// other's close opens the default file, in the current folder).
 TEST(ClsLog, SessionsOnTwoThreadsShareTheLogSafely) {
     const unit_table::Scratch scratch;
-    // A write while the other thread has closed the log opens the default
-    // file, which is relative to the current folder here.
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(scratch.dir);
     clsLog log;

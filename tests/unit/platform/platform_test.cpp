@@ -1,16 +1,11 @@
-#include <gtest/gtest.h>
-
 #include "../harness.h"
 #include "platform/group_walk.h"
 #include "platform/guid_text.h"
 #include "platform/legacy_products.h"
 #include "platform/reg_types.h"
-#include "raised.h"
 
-using namespace corvan;
 using namespace corvan::reg;
 using namespace corvan::legacy;
-using testing_support::Raised;
 
 namespace {
 
@@ -34,14 +29,14 @@ RegVariant Value(const std::string& kind, const std::string& v) {
 }  // namespace
 
 TEST(RegistryTypes, EachValuePlansItsTypeAndBytes) {
-    for (const auto& c : unit_table::Table("platform.txt", "registry types")) {
+    for (const auto& c : unit_table::Table("platform/platform.txt", "registry types")) {
         const RegWrite plan = PlanRegWrite(Value(c[0], c[1]));
         const std::vector<uint8_t> text(c[1].c_str(), c[1].c_str() + c[1].size() + 1);  // with its NUL
         EXPECT_EQ(std::to_string(plan.type) + " " + std::to_string(plan.write) + " " + std::to_string(plan.status), c[2])
             << c.where;
         EXPECT_EQ(plan.data, c[0] == "String" ? text : Hex(c[3])) << c.where;
     }
-    for (const auto& c : unit_table::Table("platform.txt", "display"))
+    for (const auto& c : unit_table::Table("platform/platform.txt", "display"))
         EXPECT_EQ(Value(c[0], c[1]).DisplayText(), c[2]) << c.where;
     // A DWORD type with a value that is no integer writes nothing and is no
     // error; binary with a text is 26001.
@@ -53,7 +48,7 @@ TEST(RegistryTypes, EachValuePlansItsTypeAndBytes) {
 }
 
 TEST(GroupWalk, FindsAdministratorsWithinTheRecordsRoom) {
-    for (const auto& c : unit_table::Table("platform.txt", "group walk")) {
+    for (const auto& c : unit_table::Table("platform/platform.txt", "group walk")) {
         size_t asked = 0;
         const auto walk = [&] {
             return AnyGroupIsAdministrators(std::stoul(c[0]), [&](size_t i) { return ++asked, int(i) == std::stoi(c[1]); });
@@ -65,7 +60,7 @@ TEST(GroupWalk, FindsAdministratorsWithinTheRecordsRoom) {
 }
 
 TEST(LegacyProducts, EachListsCodesAtTheirIndex) {
-    for (const auto& c : unit_table::Table("platform.txt", "legacy")) {
+    for (const auto& c : unit_table::Table("platform/platform.txt", "legacy")) {
         int yields = 0;
         const LegacyScan scan = ScanLegacyProducts(unit_table::Split(c[0], ';'), [&yields] { ++yields; });
         EXPECT_EQ(std::to_string(scan.installed) + " " + std::to_string(scan.firstListFound) + " " +
