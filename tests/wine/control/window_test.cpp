@@ -22,39 +22,6 @@ HWND WindowOf(IDispatch* control) {
     return reinterpret_cast<HWND>(static_cast<LONG_PTR>(V_I4(&handle)));
 }
 
-TEST_F(Page, InPlaceTheControlGetsAWindowOfTheRulesSizeInsideThePage) {
-    EXPECT_EQ(WindowOf(control.Get()), nullptr);
-    ActivePage page(control.Get());
-    EXPECT_EQ(page.site.activations, 1);
-    ASSERT_TRUE(IsWindow(page.window));
-    EXPECT_EQ(WindowOf(control.Get()), page.window);
-    EXPECT_EQ(GetParent(page.window), page.site.page);
-    EXPECT_TRUE(IsWindowVisible(page.window));
-
-    SIZEL proposed = {corvan::TwipsToHimetric(5000), corvan::TwipsToHimetric(3000)}, kept = {};
-    ASSERT_EQ(page.ole->SetExtent(DVASPECT_CONTENT, &proposed), S_OK);
-    ASSERT_EQ(page.ole->GetExtent(DVASPECT_CONTENT, &kept), S_OK);
-    EXPECT_EQ(HimetricToTwips(kept.cx), 8000);
-    EXPECT_EQ(HimetricToTwips(kept.cy), 1905);
-    const SIZE panel = corvan::PanelPixels(8000);
-    EXPECT_EQ(page.site.lastPosition.right - page.site.lastPosition.left, panel.cx);
-    // A container placing it in a box of another shape is told where it went.
-    RECT square = {10, 20, 310, 320}, client;
-    const int told = page.site.positionChanges;
-    ASSERT_EQ(control.As<IOleInPlaceObject>(IID_IOleInPlaceObject)->SetObjectRects(&square, &square), S_OK);
-    GetClientRect(page.window, &client);
-    EXPECT_EQ(client.right, panel.cx);
-    EXPECT_EQ(client.bottom, panel.cy);
-    EXPECT_EQ(page.site.positionChanges, told + 1);
-
-    ASSERT_EQ(page.ole->Close(OLECLOSE_NOSAVE), S_OK);
-    EXPECT_EQ(page.site.deactivations, 1);
-    EXPECT_FALSE(IsWindow(page.window));
-    EXPECT_EQ(WindowOf(control.Get()), nullptr);
-    page.ole->SetClientSite(nullptr);
-    EXPECT_EQ(page.site.references, 1u);
-}
-
 constexpr COLORREF kBlue = RGB(0, 90, 168), kWhite = RGB(255, 255, 255);
 
 RECT Pixels(const corvan::TwipsRect& r) {
@@ -171,15 +138,30 @@ std::string ClipboardText() {
     return text;
 }
 
-TEST_F(Page, TheStatusReportKeepsItsLinesOutlivesItsOwnerAndIsCopiedToTheClipboard) {
+// In place the control gets a window of the rules' size inside the page,
+// which owns its status report while it lives; the report keeps its lines.
+TEST_F(Page, InPlaceItGetsAWindowInThePageAndShowsItsStatusReportThere) {
     Session("StatusMsgChange|Downloading SC_Install.scl\nInstallerError|The server is busy\n");
     HWND window = StatusWindow();
     ASSERT_TRUE(window);
     EXPECT_FALSE(IsWindowVisible(window));
     const std::string before = ReportText();
     EXPECT_NE(before.find(" : Downloading SC_Install.scl\r\n"), std::string::npos) << before;
+    EXPECT_EQ(WindowOf(control.Get()), nullptr);
     {
         ActivePage page(control.Get());
+        EXPECT_EQ(page.site.activations, 1);
+        ASSERT_TRUE(IsWindow(page.window));
+        EXPECT_EQ(WindowOf(control.Get()), page.window);
+        EXPECT_EQ(GetParent(page.window), page.site.page);
+        EXPECT_TRUE(IsWindowVisible(page.window));
+        SIZEL proposed = {corvan::TwipsToHimetric(5000), corvan::TwipsToHimetric(3000)}, kept = {};
+        ASSERT_EQ(page.ole->SetExtent(DVASPECT_CONTENT, &proposed), S_OK);
+        ASSERT_EQ(page.ole->GetExtent(DVASPECT_CONTENT, &kept), S_OK);
+        EXPECT_EQ(HimetricToTwips(kept.cx), 8000);
+        EXPECT_EQ(HimetricToTwips(kept.cy), 1905);
+        EXPECT_EQ(page.site.lastPosition.right - page.site.lastPosition.left, corvan::PanelPixels(8000).cx);
+
         Call(control.Get(), L"ShowUpdates");
         EXPECT_TRUE(IsWindowVisible(window));
         EXPECT_EQ(GetWindow(window, GW_OWNER), page.site.page);
@@ -189,6 +171,12 @@ TEST_F(Page, TheStatusReportKeepsItsLinesOutlivesItsOwnerAndIsCopiedToTheClipboa
         Session("StatusMsgChange|Registering CorvanGrid.ocx\n");
         Call(control.Get(), L"ShowUpdates");
         EXPECT_TRUE(IsWindowVisible(window));
+        ASSERT_EQ(page.ole->Close(OLECLOSE_NOSAVE), S_OK);
+        EXPECT_EQ(page.site.deactivations, 1);
+        EXPECT_FALSE(IsWindow(page.window));
+        EXPECT_EQ(WindowOf(control.Get()), nullptr);
+        page.ole->SetClientSite(nullptr);
+        EXPECT_EQ(page.site.references, 1u);
     }
     // The page's window took its owned window with it; the report stays.
     Call(control.Get(), L"ShowUpdates");
@@ -203,6 +191,5 @@ TEST_F(Page, TheStatusReportKeepsItsLinesOutlivesItsOwnerAndIsCopiedToTheClipboa
     EXPECT_NE(none.find("No printer is installed"), std::string::npos) << none;
     Click(kClose);
 }
-
 
 }  // namespace
