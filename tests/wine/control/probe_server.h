@@ -125,7 +125,6 @@ struct Picture {
         const uint32_t p = pixels[static_cast<size_t>(y) * width + x];
         return RGB((p >> 16) & 0xFF, (p >> 8) & 0xFF, p & 0xFF);
     }
-    bool SameIn(const Picture& other, const RECT& area) const;
     // As a BMP file in the Windows build's pictures folder, for people to look at.
     void Save(const std::string& name) const;
 };
