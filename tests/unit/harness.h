@@ -1,26 +1,20 @@
 #pragma once
 // The unit tests' one harness: a scratch folder, and tables of cases kept as
-// text beside the tests (UNIT_DATA, this folder). "[name]" starts the table
-// of that name; then one case a line, its fields split at "|" and trimmed; a
-// field in double quotes keeps its blanks; <CR> <LF> <TAB> <NUL> and <xHH>
-// stand for their bytes; blank lines and lines starting with "#" are skipped.
+// text beside the tests (UNIT_DATA, this folder). "[name]" starts a table; one
+// case a line, its fields split at "|" and trimmed ("..." keeps blanks); <CR>
+// <LF> <TAB> <NUL> <xHH> stand for their bytes; blank and "#" lines skipped.
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <map>
 #include <random>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "raised.h"
 
 using namespace corvan;
 using testing_support::Raised;
-
-namespace unit_table {
 
 inline std::string ReadAll(const std::string& path) {
     std::ostringstream text;
@@ -102,5 +96,3 @@ inline std::vector<Row> Table(const std::string& file, const std::string& name) 
     EXPECT_FALSE(rows.empty()) << "no table " << name << " in " << UNIT_DATA << "/" << file;
     return rows;
 }
-
-}  // namespace unit_table

@@ -19,31 +19,22 @@ uint32_t Crc(uint32_t (*update)(uint32_t, const uint8_t*, size_t), const std::st
 
 }  // namespace
 
-// Blocks of 8192 bytes, then 0, and the stream closes itself (the checksums
-// below check the bytes). The position belongs to the object: a second,
-// shorter file set on it reads nothing. A file that is not there (or a
-// folder) raises 53, the earlier file closed first and its length kept.
-TEST(BinaryFileStream, BlocksThenZeroClosedAndMissingFiles) {
-    const unit_table::Scratch scratch;
-    const std::string longer = scratch.Write("longer", RandomBytes(10000, 5)), shorter = scratch.Write("shorter", "x");
-    cBinaryFileStream stream, again;
-    stream.File(longer);
-    EXPECT_EQ(stream.Length(), 10000);
+// The blocks are the checksum's (below). The position belongs to the
+// object: a second, shorter file set on it reads nothing. A file that is not
+// there (or a folder) raises 53, the earlier file closed first, its length kept.
+TEST(BinaryFileStream, PositionOfTheObjectAndMissingFiles) {
+    const Scratch scratch;
+    cBinaryFileStream stream;
     std::array<uint8_t, 8192> buffer;
-    for (int32_t expected : {8192, 1808, 0}) {
-        EXPECT_TRUE(stream.IsOpen());
-        EXPECT_EQ(stream.Read(buffer, 8192), expected);
-    }
-    EXPECT_FALSE(stream.IsOpen());
-    again.File(longer);
-    EXPECT_EQ(again.Read(buffer, 8192), 8192);
-    again.File(shorter);
-    EXPECT_EQ(again.Read(buffer, 8192), 1 - 8192);
-    again.File(shorter);
-    const Failure f = Raised([&] { again.File(shorter + ".missing"); });
+    stream.File(scratch.Write("longer", RandomBytes(10000, 5)));
+    EXPECT_EQ(stream.Read(buffer, 8192), 8192);
+    stream.File(scratch.Write("shorter", "x"));
+    EXPECT_EQ(stream.Read(buffer, 8192), 1 - 8192);
+    stream.File(scratch.Path("shorter"));
+    const Failure f = Raised([&] { stream.File(scratch.Path("missing")); });
     EXPECT_EQ(std::to_string(f.Number()) + " " + f.Source() + ": " + f.Description(), "53 CorvanInstaller.File: File not found");
-    EXPECT_FALSE(again.IsOpen()) << "the first file was closed before the look-up";
-    EXPECT_EQ(again.Length(), 1);
+    EXPECT_FALSE(stream.IsOpen()) << "the first file was closed before the look-up";
+    EXPECT_EQ(stream.Length(), 1);
     EXPECT_EQ(Raised([&] { stream.File(scratch.dir); }).Number(), 53);
 }
 
@@ -51,7 +42,7 @@ TEST(BinaryFileStream, BlocksThenZeroClosedAndMissingFiles) {
 TEST(Crc32, CheckValueAndSixteenBitIndex) {
     EXPECT_EQ(cCRC32().GetByteArrayCrc32(std::vector<uint8_t>{'1', '2', '3', '4', '5', '6', '7', '8', '9'}), -873187034);
     EXPECT_EQ(cCRC32().GetByteArrayCrc32({}), 0);
-    for (const auto& c : unit_table::Table("files/files.txt", "index")) {
+    for (const auto& c : Table("files/files.txt", "index")) {
         const auto crc = [&] { cCRC32().GetByteArrayCrc32(std::vector<uint8_t>(std::stoul(c[0])), std::stoi(c[1])); };
         EXPECT_EQ(c[2].empty() ? (crc(), "") : std::to_string(Raised(crc).Number()) + " " + Raised(crc).Description(), c[2])
             << c.where;
@@ -82,8 +73,8 @@ TEST(Crc32, FileProgressOnePerBlockRoundedHalvesToEven) {
         void CRCProgress(int16_t& percent) override { percents += std::to_string(percent) + " "; }
         std::string percents;
     };
-    const unit_table::Scratch scratch;
-    for (const auto& c : unit_table::Table("files/files.txt", "progress")) {
+    const Scratch scratch;
+    for (const auto& c : Table("files/files.txt", "progress")) {
         const std::string bytes = RandomBytes(std::stoul(c[0]), std::stoul(c[0]));
         Listener listener;
         cBinaryFileStream stream;

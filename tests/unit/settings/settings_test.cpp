@@ -4,9 +4,8 @@
 #include "corvan/build_config.h"
 #include "settings/modCorvanInstaller_Global.h"
 
-// The root folder is fixed, whatever the system drive; the dictionary holds
-// the values in order, and loading again (a second control on the page)
-// rebuilds it, never duplicates.
+// The root folder is fixed, whatever the system drive; the dictionary holds the values
+// in order, and loading again (a second control on the page) rebuilds it, never duplicates.
 TEST(Settings, LoadFillsValuesAndDictionaryInOrder) {
     putenv(const_cast<char*>("systemdrive=D:"));
     InstallerSettings settings;
