@@ -26,7 +26,9 @@ TEST(Comparison, LocalThenServerList) {
         for (auto& [key, item] : comparison.colItems())
             items += (items.empty() ? "" : "; ") + key + (item.IsDirty() ? " D" : " -") + (item.Removed() ? "R" : "-");
         EXPECT_EQ(items, c[5]);
-        if (c.f.size() > 6) EXPECT_EQ(comparison.UninstallListText(), List(c[6]));
+        if (c.f.size() > 6) {
+            EXPECT_EQ(comparison.UninstallListText(), List(c[6]));
+        }
     }
 }
 
