@@ -11,7 +11,6 @@
 #include "test_packages.h"
 #include "wine_bench.h"
 
-namespace RegisterControls = corvan::RegisterControls;
 
 namespace {
 
@@ -84,7 +83,7 @@ protected:
 
 // The cases of registration.txt [modules].
 TEST_F(Registration, RegistersAndUnregistersEachKindOfFile) {
-    for (const auto& row : unit_table::Table("registration.txt", "modules")) {
+    for (const auto& row : Table("registration.txt", "modules")) {
         SCOPED_TRACE(row.where);
         const std::string path = folder.Path() + row[1];
         const bool unregister = row[2] == "unregister";
@@ -123,7 +122,7 @@ TEST_F(Registration, ARoutineThatHangsIsLeftRunningAfterTheBoundedWait) {
 TEST_F(Registration, ThePassRegistersWhatAsksForItAndCountsEveryItem) {
     corvan::KeyedCollection<corvan::ItemRecord> colItems;
     std::vector<std::pair<std::string, std::string>> registered, removed;
-    for (const auto& row : unit_table::Table("registration.txt", "pass")) {
+    for (const auto& row : Table("registration.txt", "pass")) {
         corvan::ItemRecord item;
         item.FileName(row[0]);
         item.InstallFolder(folder.Path());
