@@ -34,25 +34,13 @@ def record(name, ok, detail="", quiet=True):
         print("%-50s %s" % (name, "ok" if ok else "FAILED: " + detail))
 
 
-def check_imports(root):
-    global group
-    for arch, _, triple in ARCHITECTURES:
-        group = arch
-        ocx = os.path.join(root, "out", arch, "CorvanInstaller.ocx")
-        dump = subprocess.run([triple + "-objdump", "-p", ocx], capture_output=True, text=True)
-        dlls = sorted(set(m.lower() for m in re.findall(r"DLL Name: (\S+)", dump.stdout)))
-        foreign = [d for d in dlls if d not in SYSTEM_DLLS] if dlls else ["(missing or unreadable)"]
-        record("[%s] imports of out/%s/CorvanInstaller.ocx" % (arch, arch), not foreign, " ".join(foreign), False)
-    group = "native"
-    # Windows XP SP3 exports every function the shipped binaries import; the
-    # check proves itself first.
-    proc = subprocess.run([sys.executable, os.path.join(root, "tools", "check_xp_imports.py"), "--self-test",
-                           os.path.join(root, "out")], capture_output=True, text=True)
-    for line in proc.stdout.splitlines():
-        print(line)
-        record(line.partition(" ")[2], line.startswith("ok "))
-    if proc.returncode != 0 and "FAILED" not in proc.stdout:
-        record("XP import check", False, proc.stderr[-2000:])
+def check_imports(arch, triple, root):
+    """The architecture's control imports only from system DLLs."""
+    ocx = os.path.join(root, "out", arch, "CorvanInstaller.ocx")
+    dump = subprocess.run([triple + "-objdump", "-p", ocx], capture_output=True, text=True)
+    dlls = sorted(set(m.lower() for m in re.findall(r"DLL Name: (\S+)", dump.stdout)))
+    foreign = [d for d in dlls if d not in SYSTEM_DLLS] if dlls else ["(missing or unreadable)"]
+    record("[%s] imports of out/%s/CorvanInstaller.ocx" % (arch, arch), not foreign, " ".join(foreign), False)
 
 
 def run_gtest(label, command, env, timeout):
@@ -149,7 +137,15 @@ def main():
     root = args.root
 
     print("== imports")
-    check_imports(root)
+    # Windows XP SP3 exports every function the shipped binaries import; the
+    # check proves itself first.
+    proc = subprocess.run([sys.executable, os.path.join(root, "tools", "check_xp_imports.py"), "--self-test",
+                           os.path.join(root, "out")], capture_output=True, text=True)
+    for line in proc.stdout.splitlines():
+        print(line)
+        record(line.partition(" ")[2], line.startswith("ok "))
+    if proc.returncode != 0 and "FAILED" not in proc.stdout:
+        record("XP import check", False, proc.stderr[-2000:])
 
     print("== native tests")
     env = dict(os.environ, ASAN_OPTIONS="detect_leaks=1")
@@ -166,9 +162,9 @@ def main():
     group = "fixtures"
     stops = start_fixtures(root, wenv)
     try:
-        for arch, loader, _ in ARCHITECTURES:
+        for arch, loader, triple in ARCHITECTURES:
             group = arch
-            by_group.setdefault(arch, [0, 0])
+            check_imports(arch, triple, root)
             if arch == "x86" and not os.access(loader, os.X_OK):
                 why = "32-bit Wine (wine32:i386) is not installed"
                 if os.environ.get("CI") == "true":
