@@ -193,7 +193,7 @@ std::string PublishRow(const testserver::InstallerFolder& folder, const std::str
 
 // ---- the page and the person at the screen --------------------------------
 
-// The message boxes of this thread while a page lives: each answered with
+// The message boxes of this thread while the control is called: each answered with
 // the next answer ("Yes", "No", "OK"; OK or No when none is left), its
 // title noted.
 struct Screen {
@@ -223,45 +223,19 @@ LRESULT CALLBACK AnswerHook(int code, WPARAM wparam, LPARAM lparam) {
     return CallNextHookEx(nullptr, code, wparam, lparam);
 }
 
-// A page holding the registered control, or the one of the server file
-// `server` (made by its class factory, as COM would, unregistered): its
-// event sink advised, its URL and the user's groups set.
-struct Page {
-    Page(const std::string& url, const std::string& groups, const std::string& server, Screen& screen) {
-        currentScreen = &screen;
-        hook = SetWindowsHookExA(WH_CBT, AnswerHook, nullptr, GetCurrentThreadId());
-        if (server.empty()) {
-            control = control_tests::CreateControl();
-        } else if (HMODULE module = LoadLibraryA(winbench::BesideThisProgram(server).c_str())) {  // kept for the process's life
-            auto getClassObject = reinterpret_cast<HRESULT(WINAPI*)(REFCLSID, REFIID, void**)>(
-                reinterpret_cast<void*>(GetProcAddress(module, "DllGetClassObject")));
-            ComPtr<IClassFactory> factory;
-            if (getClassObject && SUCCEEDED(getClassObject(CLSID_ManageClient, IID_IClassFactory, factory.PutVoid())))
-                factory->CreateInstance(nullptr, IID_IDispatch, control.PutVoid());
-        }
-        if (!control) return;
-        for (const auto& [name, text] : {std::pair{L"URL", url + "default.asp"}, std::pair{L"UsersGroups", groups}}) {
-            corvan::com::Bstr value(text.c_str());
-            VARIANT argument;
-            V_VT(&argument) = VT_BSTR;
-            V_BSTR(&argument) = value.Get();
-            Call(control.Get(), name, DISPATCH_PROPERTYPUT, &argument);
-        }
-        point = control_tests::Advise(control.Get(), sink, cookie);
-    }
-    ~Page() {
-        if (point) point->Unadvise(cookie);
-        point = nullptr;
-        control = nullptr;
-        if (hook) UnhookWindowsHookEx(hook);
-        currentScreen = nullptr;
-    }
+// The registered control, or the one of the file `server` beside this
+// program (made by its class factory, as COM would, unregistered).
+ComPtr<IDispatch> CreateControl(const std::string& server) {
+    if (server.empty()) return control_tests::CreateControl();
     ComPtr<IDispatch> control;
-    ComPtr<IConnectionPoint> point;
-    control_tests::EventSink sink;
-    DWORD cookie = 0;
-    HHOOK hook = nullptr;
-};
+    HMODULE module = LoadLibraryA(winbench::BesideThisProgram(server).c_str());  // kept for the process's life
+    auto getClassObject = reinterpret_cast<HRESULT(WINAPI*)(REFCLSID, REFIID, void**)>(
+        reinterpret_cast<void*>(module ? GetProcAddress(module, "DllGetClassObject") : nullptr));
+    ComPtr<IClassFactory> factory;
+    if (getClassObject && SUCCEEDED(getClassObject(CLSID_ManageClient, IID_IClassFactory, factory.PutVoid())))
+        factory->CreateInstance(nullptr, IID_IDispatch, control.PutVoid());
+    return control;
+}
 
 struct SilentEvents : corvan::InstallEngineEvents {
     void InstallerError(const std::string&) override {}
@@ -363,17 +337,34 @@ protected:
     Texts heard_, runLog_;  // of the last run: events ("1:error"), install log lines
 };
 
-// Run(mode) or NeedToInstall on a fresh page; its result "True", "False" or "Empty".
+// Run(mode) or NeedToInstall on a fresh page (its event sink advised, its
+// URL and the user's groups set); the result "True", "False" or "Empty".
 void Scenario::CallControl(const wchar_t* method, VARIANT* argument, const std::string& expected) {
     const size_t logged = Log().size();
     for (const char* list : {kLocalList, kUninstallList}) listsBefore_[list] = ListFile(list);
     screen_.titles.clear();
-    Page page(InstallerUrl(), groups_, GetParam().server, screen_);
-    ASSERT_TRUE(page.point);
+    ComPtr<IDispatch> control = CreateControl(GetParam().server);
+    ASSERT_TRUE(control);
+    for (const auto& [name, text] : {std::pair{L"URL", InstallerUrl() + "default.asp"}, std::pair{L"UsersGroups", groups_}}) {
+        corvan::com::Bstr value(text.c_str());
+        VARIANT property;
+        V_VT(&property) = VT_BSTR;
+        V_BSTR(&property) = value.Get();
+        Call(control.Get(), name, DISPATCH_PROPERTYPUT, &property);
+    }
+    control_tests::EventSink sink;
+    DWORD cookie = 0;
+    ComPtr<IConnectionPoint> point = control_tests::Advise(control.Get(), sink, cookie);
+    ASSERT_TRUE(point);
+    currentScreen = &screen_;
+    HHOOK hook = SetWindowsHookExA(WH_CBT, AnswerHook, nullptr, GetCurrentThreadId());
     const DWORD start = GetTickCount();
-    VARIANT result = Call(page.control.Get(), method, DISPATCH_METHOD, argument);
+    VARIANT result = Call(control.Get(), method, DISPATCH_METHOD, argument);
     lastRunMs_ = GetTickCount() - start;
-    heard_ = page.sink.heard;
+    UnhookWindowsHookEx(hook);
+    currentScreen = nullptr;
+    point->Unadvise(cookie);
+    heard_ = sink.heard;
     EXPECT_EQ(V_VT(&result) == VT_EMPTY  ? "Empty"
               : V_VT(&result) == VT_BOOL ? (V_BOOL(&result) ? "True" : "False")
                                          : "(not a Boolean)",
