@@ -1,20 +1,26 @@
 #pragma once
 // The unit tests' one harness: a scratch folder, and tables of cases kept as
-// text beside the tests (UNIT_DATA, the test's own folder). "[name]" starts
-// the table of that name; then one case a line, its fields split at "|" and
-// trimmed; a field in double quotes keeps its blanks; <CR> <LF> <TAB> <NUL>
-// and <xHH> stand for their bytes; blank lines and lines starting with "#"
-// are skipped.
+// text beside the tests (UNIT_DATA, this folder). "[name]" starts a table; one
+// case a line, its fields split at "|" and trimmed ("..." keeps blanks); <CR>
+// <LF> <TAB> <NUL> <xHH> stand for their bytes; blank and "#" lines skipped.
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <random>
 #include <sstream>
-#include <string>
-#include <vector>
 
-namespace unit_table {
+#include "raised.h"
+
+using namespace corvan;
+using testing_support::Raised;
+
+inline std::string ReadAll(const std::string& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
 
 // A folder of its own in the temporary folder, removed with the object.
 struct Scratch {
@@ -28,12 +34,6 @@ struct Scratch {
         return Path(name);
     }
 };
-
-inline std::string ReadAll(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-}
 
 // The parts of `text` between each `at`; none for an empty text.
 inline std::vector<std::string> Split(const std::string& text, char at) {
@@ -74,18 +74,18 @@ inline std::string Rows(const std::string& shorthand, const std::string& base, c
     return text;
 }
 
-#ifdef UNIT_DATA
 struct Row {
     std::string where;  // file:line, for failure messages
     std::vector<std::string> f;
     const std::string& operator[](size_t i) const { return f.at(i); }
 };
 
+// The table `name` of `file` (a path under UNIT_DATA).
 inline std::vector<Row> Table(const std::string& file, const std::string& name) {
     std::vector<Row> rows;
     std::string table;
     int number = 0;
-    for (std::string line : Split(ReadAll(std::string(UNIT_DATA) + "/" + file), '\n')) {
+    for (std::string line : Split(ReadAll(UNIT_DATA "/" + file), '\n')) {
         if (++number, !line.empty() && line.back() == '\r') line.pop_back();
         if (line.empty() || line[0] == '#') continue;
         if (line[0] == '[' && line.back() == ']') table = line.substr(1, line.size() - 2);
@@ -96,6 +96,3 @@ inline std::vector<Row> Table(const std::string& file, const std::string& name) 
     EXPECT_FALSE(rows.empty()) << "no table " << name << " in " << UNIT_DATA << "/" << file;
     return rows;
 }
-#endif
-
-}  // namespace unit_table

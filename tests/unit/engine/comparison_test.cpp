@@ -1,33 +1,26 @@
 // The comparison of packing lists, case by case (comparison.txt).
-#include <gtest/gtest.h>
 
 #include "../harness.h"
 #include "engine/packing_list_comparison.h"
 
-using namespace corvan;
-
 // OS/FileName/CRC[/folder[/Flag[/LocalSource]]] rows (harness.h).
 std::string List(const std::string& shorthand) {
-    return unit_table::Rows(shorthand, "Windows XP,https://h/installer/,,1.0,01/01/2005,,desc,prod,0,,,\\\\srv\\s,C:\\TALO\\,,0,0,",
+    return Rows(shorthand, "Windows XP,https://h/installer/,,1.0,01/01/2005,,desc,prod,0,,,\\\\srv\\s,C:\\TALO\\,,0,0,",
                             {0, 2, 5, 12, 8, 11});
 }
 
 TEST(Comparison, LocalThenServerList) {
-    for (const auto& c : unit_table::Table("comparison.txt", "cases")) {
+    const auto bit = [](bool value) { return std::string(value ? "1" : "0"); };
+    for (const auto& c : Table("engine/comparison.txt", "cases")) {
         SCOPED_TRACE(c.where + ": " + c[0]);
         PackingListComparison comparison("Windows XP", "C:\\windows\\");
-        const bool force = c[3] == "1";
-        comparison.blnForceInstall(force);
-        std::string results = comparison.LoadFileIntoCollection(TextRows(List(c[1])), true) ? "1 " : "0 ";
-        if (c[2] == "-") results += "- ";
-        else results += comparison.LoadFileIntoCollection(TextRows(List(c[2])), force) ? "1 " : "0 ";
-        EXPECT_EQ(results + (comparison.blnMustInstall() ? "1" : "0"), c[4]);
-        if (c[2] != "-") {
-            // The update check's comparison without items answers alike.
+        comparison.blnForceInstall(c[3] == "1");
+        const std::string local = bit(comparison.LoadFileIntoCollection(TextRows(List(c[1])), true));
+        const std::string server = c[2] == "-" ? "-" : bit(comparison.LoadFileIntoCollection(TextRows(List(c[2])), c[3] == "1"));
+        EXPECT_EQ(local + " " + server + " " + bit(comparison.blnMustInstall()), c[4]);
+        if (c[2] != "-") {  // the update check's comparison without items answers alike
             const auto agreement = comparison.CompareLists(TextRows(List(c[1])), TextRows(List(c[2])));
-            EXPECT_EQ(std::string(agreement.localLoaded ? "1 " : "0 ") + (agreement.serverLoaded ? "1 " : "0 ") +
-                          (agreement.mustInstall ? "1" : "0"),
-                      c[4]);
+            EXPECT_EQ(bit(agreement.localLoaded) + " " + bit(agreement.serverLoaded) + " " + bit(agreement.mustInstall), c[4]);
         }
         std::string items;
         for (auto& [key, item] : comparison.colItems())
@@ -39,10 +32,8 @@ TEST(Comparison, LocalThenServerList) {
     }
 }
 
-TEST(Comparison, ListFormRowsAndGroups) {
+TEST(Comparison, ListForms) {
     const std::string forms[] = {"Valid", "Empty", "TooFewFields"};
-    for (const auto& c : unit_table::Table("comparison.txt", "forms"))
+    for (const auto& c : Table("engine/comparison.txt", "forms"))
         EXPECT_EQ(forms[static_cast<int>(CheckListForm(TextRows(c[0])))], c[1]) << c.where;
-    for (const auto& c : unit_table::Table("comparison.txt", "groups"))
-        EXPECT_EQ(InstallGroupAllows(c[0], c[1]), c[2] == "1") << c.where;
 }

@@ -160,13 +160,6 @@ ActivePage::~ActivePage() {
     DestroyWindow(site.page);
 }
 
-bool Picture::SameIn(const Picture& other, const RECT& area) const {
-    for (int y = area.top; y < area.bottom; ++y)
-        for (int x = area.left; x < area.right; ++x)
-            if (At(x, y) != other.At(x, y)) return false;
-    return true;
-}
-
 void Picture::Save(const std::string& name) const {
     const char* build = std::getenv("CORVAN_WINDOWS_BUILD");
     const std::string folder = std::string(build ? build : ".") + "\\pictures";

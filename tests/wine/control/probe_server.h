@@ -93,12 +93,12 @@ public:
     STDMETHODIMP OnInPlaceDeactivate() override { ++deactivations; return S_OK; }
     STDMETHODIMP DiscardUndoState() override { return S_OK; }
     STDMETHODIMP DeactivateAndUndo() override { return S_OK; }
-    STDMETHODIMP OnPosRectChange(LPCRECT position) override { ++positionChanges; lastPosition = *position; return S_OK; }
+    STDMETHODIMP OnPosRectChange(LPCRECT position) override { lastPosition = *position; return S_OK; }
 
     static constexpr RECT kPosition = {10, 20, 610, 147};
     HWND page = nullptr;
     ULONG references = 1;
-    int activations = 0, deactivations = 0, positionChanges = 0;
+    int activations = 0, deactivations = 0;
     RECT lastPosition = {};
 };
 
@@ -125,7 +125,6 @@ struct Picture {
         const uint32_t p = pixels[static_cast<size_t>(y) * width + x];
         return RGB((p >> 16) & 0xFF, (p >> 8) & 0xFF, p & 0xFF);
     }
-    bool SameIn(const Picture& other, const RECT& area) const;
     // As a BMP file in the Windows build's pictures folder, for people to look at.
     void Save(const std::string& name) const;
 };

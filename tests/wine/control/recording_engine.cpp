@@ -63,12 +63,7 @@ private:
             else if (kind == "ProgressUpdate") events_.ProgressUpdate(fraction);
             else if (kind == "FTPStatus") events_.FTPStatus(fraction, step[2]);
             else if (kind == "throw") throw std::bad_alloc();
-            else if (kind == "pump")
-                for (DWORD end = GetTickCount() + std::atoi(text.c_str()); static_cast<int>(end - GetTickCount()) > 0;) {
-                    MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
-                    MSG message;
-                    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageA(&message);
-                }
+            else if (kind == "pump") PumpFor(std::atoi(text.c_str()));
         }
     }
 
@@ -77,6 +72,14 @@ private:
 };
 
 }  // namespace
+
+void PumpFor(DWORD milliseconds) {
+    MSG message;
+    for (DWORD until = GetTickCount() + milliseconds; static_cast<int>(until - GetTickCount()) > 0;) {
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
+        while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageA(&message);
+    }
+}
 
 extern "C" void RecordingEngineSetScript(const char* text) {
     script.clear();

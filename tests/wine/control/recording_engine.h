@@ -14,6 +14,10 @@
 //   "GetWindowsConfiguration()", "NeedToInstall()",
 //   "PrepInstaller(<mode>,<force>) url=<primary installer base URL>".
 
+#include <windows.h>
+
+void PumpFor(DWORD milliseconds);  // the thread's messages run that long
+
 extern "C" {
 __declspec(dllexport) void RecordingEngineSetScript(const char* script);  // also clears the journal
 __declspec(dllexport) const char* RecordingEngineJournal();
