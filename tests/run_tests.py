@@ -11,12 +11,9 @@ import time
 
 sys.stdout.reconfigure(line_buffering=True)
 
-SYSTEM_DLLS = {
-    "kernel32.dll", "user32.dll", "gdi32.dll", "advapi32.dll", "ole32.dll", "oleaut32.dll",
-    "shell32.dll", "shlwapi.dll", "wininet.dll", "comctl32.dll", "comdlg32.dll", "version.dll",
-    "msvcrt.dll", "crypt32.dll", "urlmon.dll", "winspool.drv", "uxtheme.dll", "msi.dll",
-    "advpack.dll", "setupapi.dll", "userenv.dll", "secur32.dll", "ws2_32.dll", "ntdll.dll",
-}
+SYSTEM_DLLS = {name + ".dll" for name in """kernel32 user32 gdi32 advapi32 ole32 oleaut32 shell32 shlwapi wininet
+    comctl32 comdlg32 version msvcrt crypt32 urlmon uxtheme msi advpack setupapi userenv secur32 ws2_32 ntdll""".split()}
+SYSTEM_DLLS.add("winspool.drv")
 # The Wine loader that starts each architecture's built-in programs
 # (regsvr32, reg) and so sees its registry view.
 ARCHITECTURES = (("x64", "/usr/lib/wine/wine64", "x86_64-w64-mingw32"), ("x86", "/usr/lib/wine/wine", "i686-w64-mingw32"))
@@ -34,25 +31,8 @@ def record(name, ok, detail="", quiet=True):
         print("%-50s %s" % (name, "ok" if ok else "FAILED: " + detail))
 
 
-def check_imports(root):
-    global group
-    for arch, _, triple in ARCHITECTURES:
-        group = arch
-        ocx = os.path.join(root, "out", arch, "CorvanInstaller.ocx")
-        dump = subprocess.run([triple + "-objdump", "-p", ocx], capture_output=True, text=True)
-        dlls = sorted(set(m.lower() for m in re.findall(r"DLL Name: (\S+)", dump.stdout)))
-        foreign = [d for d in dlls if d not in SYSTEM_DLLS] if dlls else ["(missing or unreadable)"]
-        record("[%s] imports of out/%s/CorvanInstaller.ocx" % (arch, arch), not foreign, " ".join(foreign), False)
-    group = "native"
-    # Windows XP SP3 exports every function the shipped binaries import; the
-    # check proves itself first.
-    proc = subprocess.run([sys.executable, os.path.join(root, "tools", "check_xp_imports.py"), "--self-test",
-                           os.path.join(root, "out")], capture_output=True, text=True)
-    for line in proc.stdout.splitlines():
-        print(line)
-        record(line.partition(" ")[2], line.startswith("ok "))
-    if proc.returncode != 0 and "FAILED" not in proc.stdout:
-        record("XP import check", False, proc.stderr[-2000:])
+def run(command, **options):
+    return subprocess.run(command, capture_output=True, text=True, **options)
 
 
 def run_gtest(label, command, env, timeout):
@@ -91,14 +71,14 @@ def windows_path(path):
 
 
 def make_prefix(env):
-    subprocess.run(["wineserver", "-k"], env=env, capture_output=True)
+    run(["wineserver", "-k"], env=env)
     shutil.rmtree(env["WINEPREFIX"], ignore_errors=True)
     os.makedirs(env["WINEPREFIX"])
     # 64-bit, so that it runs both architectures, with the headless graphics
     # driver (windows, timers and FindWindow work without a display). Read
     # to the end, their output also waits for the server they started to go.
     for command in (["wineboot", "-i"], ["reg", "add", "HKCU\\Software\\Wine\\Drivers", "/v", "Graphics", "/d", "null", "/f"]):
-        subprocess.run([ARCHITECTURES[0][1]] + command, env=env, capture_output=True, check=True)
+        run([ARCHITECTURES[0][1]] + command, env=env, check=True)
     # One server for the whole run; its first program starts the prefix's
     # services, which stay and must not hold a test program's output pipes.
     quiet = {"env": env, "stdin": subprocess.DEVNULL, "stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
@@ -106,17 +86,22 @@ def make_prefix(env):
     subprocess.run([ARCHITECTURES[0][1], "cmd", "/c", "exit"], check=True, **quiet)
 
 
-def register_control(arch, loader, out, env):
-    """Registers the architecture's control with its own regsvr32; its own
-    registry view must name that file as the server."""
+def check_control(arch, loader, triple, out, env):
+    """The architecture's control imports from system DLLs only, and its own
+    regsvr32 registers it: its own registry view names that file."""
+    dump = run([triple + "-objdump", "-p", os.path.join(out, "CorvanInstaller.ocx")]).stdout
+    dlls = set(m.lower() for m in re.findall(r"DLL Name: (\S+)", dump))
+    foreign = sorted(dlls - SYSTEM_DLLS) if dlls else ["(missing or unreadable)"]
+    record("[%s] imports of out/%s/CorvanInstaller.ocx" % (arch, arch), not foreign, " ".join(foreign), False)
+    if not env:
+        return
     ocx = windows_path(os.path.join(out, "CorvanInstaller.ocx"))
 
     def default_value(key):
-        proc = subprocess.run([loader, "reg", "query", key, "/ve"], env=env, capture_output=True, text=True, timeout=120)
-        match = re.search(r"REG_SZ\s+(.*\S)", proc.stdout)
+        match = re.search(r"REG_SZ\s+(.*\S)", run([loader, "reg", "query", key, "/ve"], env=env, timeout=120).stdout)
         return match.group(1) if match else ""
 
-    code = subprocess.run([loader, "regsvr32", "/s", ocx], env=env, capture_output=True, timeout=120).returncode
+    code = run([loader, "regsvr32", "/s", ocx], env=env, timeout=120).returncode
     server = default_value("HKCR\\CLSID\\%s\\InprocServer32" % default_value("HKCR\\CorvanInstaller.ManageClient\\CLSID"))
     detail = ("regsvr32 exit code %d" % code if code else
               "" if server.lower() == ocx.lower() else "the %s registry view names %r as the server" % (arch, server))
@@ -131,12 +116,11 @@ def start_fixtures(root, env):
     fixtures = os.path.join(root, "tests", "fixtures")
     for name in sorted(os.listdir(fixtures)):
         start = os.path.join(fixtures, name, "start")
-        if not os.access(start, os.X_OK):
-            continue
-        proc = subprocess.run([start], env=env, capture_output=True, text=True, timeout=300)
-        record("fixture " + name, proc.returncode == 0, proc.stderr[-2000:], False)
-        env.update(line.split("=", 1) for line in proc.stdout.splitlines() if re.match(r"^[A-Z_][A-Z0-9_]*=", line))
-        stops.append(os.path.join(fixtures, name, "stop"))
+        if os.access(start, os.X_OK):
+            proc = run([start], env=env, timeout=300)
+            record("fixture " + name, proc.returncode == 0, proc.stderr[-2000:], False)
+            env.update(line.split("=", 1) for line in proc.stdout.splitlines() if re.match(r"^[A-Z_][A-Z0-9_]*=", line))
+            stops.append(os.path.join(fixtures, name, "stop"))
     return stops
 
 
@@ -149,7 +133,14 @@ def main():
     root = args.root
 
     print("== imports")
-    check_imports(root)
+    # Windows XP SP3 exports every function the shipped binaries import; the
+    # check proves itself first.
+    proc = run([sys.executable, os.path.join(root, "tools", "check_xp_imports.py"), "--self-test", os.path.join(root, "out")])
+    for line in proc.stdout.splitlines():
+        print(line)
+        record(line.partition(" ")[2], line.startswith("ok "))
+    if proc.returncode != 0 and "FAILED" not in proc.stdout:
+        record("XP import check", False, proc.stderr[-2000:])
 
     print("== native tests")
     env = dict(os.environ, ASAN_OPTIONS="detect_leaks=1")
@@ -166,10 +157,11 @@ def main():
     group = "fixtures"
     stops = start_fixtures(root, wenv)
     try:
-        for arch, loader, _ in ARCHITECTURES:
+        for arch, loader, triple in ARCHITECTURES:
             group = arch
-            by_group.setdefault(arch, [0, 0])
+            build, out = os.path.join(root, "build", arch), os.path.join(root, "out", arch)
             if arch == "x86" and not os.access(loader, os.X_OK):
+                check_control(arch, loader, triple, out, None)
                 why = "32-bit Wine (wine32:i386) is not installed"
                 if os.environ.get("CI") == "true":
                     record("[x86] tests", False, why + " on CI (./run deps installs it)", False)
@@ -177,10 +169,9 @@ def main():
                     print("[x86] tests skipped: %s; ./run deps --wine32 installs it" % why)
                 continue
             print("== [%s] Windows tests" % arch)
-            build, out = os.path.join(root, "build", arch), os.path.join(root, "out", arch)
             aenv = dict(wenv, CORVAN_OUT_DIR=windows_path(out), CORVAN_WINDOWS_BUILD=windows_path(build))
             start = time.time()
-            register_control(arch, loader, out, aenv)
+            check_control(arch, loader, triple, out, aenv)
             listing = os.path.join(build, "test-binaries.txt")
             if not os.path.exists(listing):
                 record("[%s] test list" % arch, False, listing + " is missing (configure with: cmake --preset %s)" % arch)
@@ -192,8 +183,8 @@ def main():
         group = "native"
         for stop in stops:
             if os.access(stop, os.X_OK):
-                subprocess.run([stop], env=wenv, capture_output=True, timeout=120)
-        subprocess.run(["wineserver", "-k"], env=wenv, capture_output=True)
+                run([stop], env=wenv, timeout=120)
+        run(["wineserver", "-k"], env=wenv)
 
     if failures:
         print("== failures\n" + "\n".join("  " + f for f in failures))

@@ -4,8 +4,11 @@
 // read back as the value to their precision. A moment no clock gives
 // (fields out of range) must still never write past the formats' buffers.
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstdlib>
+#include <map>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -18,38 +21,36 @@ namespace {
 
 using corvan::LocalTime;
 
-// The number in `text` at `pos` made of exactly `width` digits, or -1.
-long Digits(const std::string& text, size_t pos, size_t width) {
-    if (pos + width > text.size()) return -1;
-    long value = 0;
-    for (size_t i = pos; i < pos + width; ++i) {
-        if (text[i] < '0' || text[i] > '9') return -1;
-        value = value * 10 + (text[i] - '0');
+// Whether `text` starts with `when` laid out as `layout`: each letter a
+// digit of its field (Y year, M month, D day, h hour, m minute, s second),
+// any other character itself.
+bool ReadsAs(const std::string& text, const std::string& layout, const LocalTime& when) {
+    std::map<char, long> read;
+    if (text.size() < layout.size()) return false;
+    for (size_t i = 0; i < layout.size(); ++i) {
+        if (!std::isalpha(static_cast<unsigned char>(layout[i]))) {
+            if (text[i] != layout[i]) return false;
+        } else if (text[i] < '0' || text[i] > '9') {
+            return false;
+        } else {
+            read[layout[i]] = read[layout[i]] * 10 + (text[i] - '0');
+        }
     }
-    return value;
+    return read == std::map<char, long>{{'Y', when.year}, {'M', when.month},  {'D', when.day},
+                                        {'h', when.hour}, {'m', when.minute}, {'s', when.second}};
 }
 
 // "1.5", "-2E+20", "1.25E-07": sign, digits, a point only with digits after
 // it and no trailing zero, an exponent of two or three digits; at most
 // `digits` significant digits.
 bool RuntimeNumberForm(const std::string& text, int digits) {
-    size_t pos = text[0] == '-' ? 1 : 0;
-    const size_t e = text.find('E');
-    const std::string mantissa = text.substr(pos, e == std::string::npos ? std::string::npos : e - pos);
-    if (mantissa.empty() || mantissa.find_first_not_of("0123456789.") != std::string::npos) return false;
-    const size_t point = mantissa.find('.');
-    if (point != std::string::npos &&
-        (point == 0 || point + 1 == mantissa.size() || mantissa.back() == '0' || mantissa.find('.', point + 1) != std::string::npos))
-        return false;
-    std::string significant = mantissa;
+    static const std::regex form(R"(-?(\d+(\.\d*[1-9])?)(E[+-](\d\d|[1-9]\d\d))?)");
+    std::smatch match;
+    if (!std::regex_match(text, match, form)) return false;
+    std::string significant = match[1].str();
     significant.erase(std::remove(significant.begin(), significant.end(), '.'), significant.end());
     significant.erase(0, std::min(significant.find_first_not_of('0'), significant.size()));
-    if (static_cast<int>(significant.size()) > digits) return false;
-    if (e == std::string::npos) return true;
-    const std::string exponent = text.substr(e + 1);
-    if (exponent.size() < 3 || exponent.size() > 4 || (exponent[0] != '+' && exponent[0] != '-')) return false;
-    if (exponent.find_first_not_of("0123456789", 1) != std::string::npos) return false;
-    return exponent.size() == 3 || exponent[1] != '0';
+    return static_cast<int>(significant.size()) <= digits;
 }
 
 }  // namespace
@@ -59,22 +60,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::Input input(data, size);
     const uint8_t choice = input.Byte();
     LocalTime when;
-    if (choice & 1) {
-        // Whatever a broken clock could hand over.
-        when.year = input.Number<int32_t>();
-        when.month = input.Number<int32_t>();
-        when.day = input.Number<int32_t>();
-        when.hour = input.Number<int32_t>();
-        when.minute = input.Number<int32_t>();
-        when.second = input.Number<int32_t>();
-    } else {
-        when.year = 1601 + input.Number<uint16_t>() % 8399;
-        when.month = 1 + input.Byte() % 12;
-        when.day = 1 + input.Byte() % 31;
-        when.hour = input.Byte() % 24;
-        when.minute = input.Byte() % 60;
-        when.second = input.Byte() % 61;
-    }
+    int* const fields[] = {&when.year, &when.month, &when.day, &when.hour, &when.minute, &when.second};
+    // Whatever a broken clock could hand over, or a moment in range.
+    const int starts[] = {1601, 1, 1, 0, 0, 0}, spans[] = {8399, 12, 31, 24, 60, 61};
+    for (int i = 0; i < 6; ++i)
+        *fields[i] = choice & 1 ? input.Number<int32_t>()
+                                : starts[i] + (i == 0 ? input.Number<uint16_t>() : input.Byte()) % spans[i];
     const double number = input.Number<double>();
     const uint64_t instance = input.Number<uint64_t>();
     const uint32_t thread = input.Number<uint32_t>();
@@ -88,16 +79,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                line.compare(line.size() - tail.size(), tail.size(), tail) == 0);
     FUZZ_CHECK(prefix.size() >= 2 && prefix.compare(prefix.size() - 2, 2, ": ") == 0);
     if (!(choice & 1)) {
-        // "TimeStamp: mm/dd/yyyy - hh:mm:ss" and "yyyymmdd hhnnss".
-        FUZZ_CHECK(line.size() == 11 + 21 + tail.size());
-        FUZZ_CHECK(Digits(line, 11, 2) == when.month && line[13] == '/' && Digits(line, 14, 2) == when.day &&
-                   line[16] == '/' && Digits(line, 17, 4) == when.year);
-        FUZZ_CHECK(line.compare(21, 3, " - ") == 0);
-        FUZZ_CHECK(Digits(line, 24, 2) == when.hour && line[26] == ':' && Digits(line, 27, 2) == when.minute &&
-                   line[29] == ':' && Digits(line, 30, 2) == when.second);
-        FUZZ_CHECK(stamp.size() == 15 && Digits(stamp, 0, 4) == when.year && Digits(stamp, 4, 2) == when.month &&
-                   Digits(stamp, 6, 2) == when.day && stamp[8] == ' ' && Digits(stamp, 9, 2) == when.hour &&
-                   Digits(stamp, 11, 2) == when.minute && Digits(stamp, 13, 2) == when.second);
+        FUZZ_CHECK(line.size() == 11 + 21 + tail.size() && ReadsAs(line.substr(11), "MM/DD/YYYY - hh:mm:ss", when));
+        FUZZ_CHECK(stamp.size() == 15 && ReadsAs(stamp, "YYYYMMDD hhmmss", when));
         FUZZ_CHECK(prefix == "CorvanInstaller: " + std::to_string(static_cast<uintptr_t>(instance)) + ": " +
                                  std::to_string(thread) + ": " + stamp + ": ");
     }

@@ -1,13 +1,10 @@
-// The panel's state and captions.
-#include <gtest/gtest.h>
-
+// The panel's state and captions (control.txt).
 #include <limits>
 #include <vector>
 
+#include "../harness.h"
 #include "control/ControlSurface.h"
 #include "scripted_desktop.h"
-
-using namespace corvan;
 
 namespace {
 
@@ -25,21 +22,12 @@ protected:
 };
 
 TEST_F(Surface, OverallBarCaptionShowsTheTruePercentTheFillNeverLooksEmptyOrFull) {
-    const struct {
-        float fraction;
-        int percent, fill;
-        const char* caption;
-    } cases[] = {
-        {0.0f, 0, 1, "Installing"},          {0.004f, 0, 1, "Installing"},      {0.01f, 1, 1, "Installing  1%"},
-        {0.5f, 50, 50, "Installing  50%"},   {0.994f, 99, 99, "Installing  99%"}, {0.996f, 100, 99, "Installing  100%"},
-        {1.0f, 100, 99, "Installing  100%"},
-    };
     surface.LastMessage("Installing");
-    for (const auto& c : cases) {
-        surface.ProgressFraction(c.fraction);
-        EXPECT_EQ(surface.ProgressPercent(), c.percent) << c.fraction;
-        EXPECT_EQ(surface.ProgressFillPercent(), c.fill) << c.fraction;
-        EXPECT_EQ(surface.StatusCaption(), c.caption) << c.fraction;
+    for (const auto& c : Table("control/control.txt", "overall")) {
+        surface.ProgressFraction(std::stof(c[0]));
+        EXPECT_EQ(surface.ProgressPercent(), std::stoi(c[1])) << c.where;
+        EXPECT_EQ(surface.ProgressFillPercent(), std::stoi(c[2])) << c.where;
+        EXPECT_EQ(surface.StatusCaption(), c[3]) << c.where;
     }
     surface.RedrawProgressBar();
     ASSERT_EQ(view.changes.size(), 1u);
@@ -47,23 +35,12 @@ TEST_F(Surface, OverallBarCaptionShowsTheTruePercentTheFillNeverLooksEmptyOrFull
 }
 
 TEST_F(Surface, TransferLineKeepsWhatACallLeavesOutAndLetsMessagesRunEachTime) {
-    const struct {
-        const char* text;
-        float fraction;
-        const char* caption;
-    } steps[] = {
-        {"", -1, " - 1%"},                        // the layout's call before any download
-        {"setup.msi", 0, "setup.msi - 1%"},       // 0 shows as 1
-        {"", 0.5f, "setup.msi - 50%"},
-        {"", -1, "setup.msi - 50%"},              // only redraws
-        {"data.cab", 0.256f, "data.cab - 26%"},
-        {"big.cab", 250, "big.cab - 10000%"},     // bound at 100, not at 1
-    };
+    const auto steps = Table("control/control.txt", "transfer");
     int calls = 0;
     for (const auto& step : steps) {
-        surface.DrawTransferLine(step.text, step.fraction);
+        surface.DrawTransferLine(step[0], std::stof(step[1]));
         ++calls;
-        EXPECT_EQ(surface.TransferCaption(), step.caption) << step.text << " " << step.fraction;
+        EXPECT_EQ(surface.TransferCaption(), step[2]) << step.where;
         EXPECT_EQ(desktop.pumps, calls);
         EXPECT_EQ(view.changes.back(), std::make_pair(SurfacePart::TransferLine, true));
     }
@@ -71,7 +48,7 @@ TEST_F(Surface, TransferLineKeepsWhatACallLeavesOutAndLetsMessagesRunEachTime) {
 
     surface.TransferLineVisible(false);
     surface.TransferLineVisible(false);
-    EXPECT_EQ(view.changes.size(), std::size(steps) + 1);
+    EXPECT_EQ(view.changes.size(), steps.size() + 1);
     EXPECT_EQ(view.changes.back(), std::make_pair(SurfacePart::TransferLine, false));
 }
 
