@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <filesystem>
 #include <thread>
 
@@ -22,21 +21,7 @@ using winbench::ReadFileBytes;
 using winbench::WriteFileBytes;
 using Texts = std::vector<std::string>;
 
-namespace {
-
 const std::string kChild = winbench::BesideThisProgram("files_child.exe");
-
-// scratch\tree\{a.txt, b.txt, sub\c.txt, empty\}: 12 bytes in all.
-std::string MakeTree(const std::string& scratch) {
-    const std::string tree = scratch + "tree";
-    std::filesystem::create_directories(tree + "\\sub");
-    std::filesystem::create_directories(tree + "\\empty");
-    for (const char* file : {"a.txt=aaa", "b.txt=bbbb", "sub\\c.txt=ccccc"})
-        WriteFileBytes(tree + "\\" + std::string(file).substr(0, std::string(file).find('=')), std::strchr(file, '=') + 1);
-    return tree;
-}
-
-}  // namespace
 
 // A missing file, or one too large for the memory left, gives false and no
 // rows of the file before. How rows are split is the list fuzzers' and the
@@ -125,9 +110,10 @@ TEST(FileIO, Version) {
 // make nor remove one, so the Unix tools do, under the Unix names Wine gives.
 TEST(FolderIO, LinksAreLeaves) {
     winbench::ScratchFolder scratch("folders-links");
-    const std::string tree = MakeTree(scratch.Path()), outside = scratch.Path() + "outside";
+    const std::string tree = scratch.Path() + "tree", outside = scratch.Path() + "outside";
+    std::filesystem::create_directories(tree + "\\sub");
     std::filesystem::create_directories(outside);
-    WriteFileBytes(outside + "\\keep.txt", "kept");
+    for (const char* file : {"tree\\a.txt", "tree\\sub\\c.txt", "outside\\keep.txt"}) WriteFileBytes(scratch.Path() + file, file);
     using Convert = char*(CDECL*)(LPCWSTR);
     const auto unixName = reinterpret_cast<Convert>(
         reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kernel32.dll"), "wine_get_unix_file_name")));
@@ -148,13 +134,13 @@ TEST(FolderIO, LinksAreLeaves) {
     testing_support::ScriptedDesktop desktop;
     clsFolderIO folder(desktop);
     ASSERT_TRUE(folder.OpenFolder(tree));
-    EXPECT_EQ(folder.Size(), 12.0);
+    EXPECT_EQ(folder.Size(), 24.0);
     EXPECT_EQ(folder.Copy(scratch.Path() + "copy", false, false), 0);
-    EXPECT_EQ(ReadFileBytes(scratch.Path() + "copy\\sub\\c.txt"), "ccccc");
+    EXPECT_EQ(ReadFileBytes(scratch.Path() + "copy\\sub\\c.txt"), "tree\\sub\\c.txt");
     EXPECT_FALSE(FileExists(scratch.Path() + "copy\\elsewhere") || FileExists(scratch.Path() + "copy\\sub\\up"));
     // Wine cannot remove a link, Windows removes the link itself.
     if (folder.Delete(true, false) == 0) EXPECT_FALSE(FileExists(tree));
-    EXPECT_EQ(ReadFileBytes(outside + "\\keep.txt"), "kept");
+    EXPECT_EQ(ReadFileBytes(outside + "\\keep.txt"), "outside\\keep.txt");
     for (const auto& [link, target] : links) {
         winbench::RunAndWait("/bin/rm -f " + unix(link), 10000);
         winbench::WaitFor([&] { return !FileExists(link); });

@@ -1,6 +1,5 @@
-// An item's own download against the test server, on the prefix's real file
-// system. Each kind of package installed, registered and removed, by real
-// msiexec, advpack and regsvr32, is the e2e table's.
+// An item's own download against the test server. Each kind of package
+// installed, registered and removed is the e2e table's.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,6 +1,5 @@
-// The platform services against the prefix's real registry, environment,
-// tokens and Windows Installer. Reading and writing the registry is the
-// e2e table's and the security test's.
+// The platform services against the prefix's real environment, tokens,
+// registry and Windows Installer.
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -14,14 +13,10 @@
 
 using namespace corvan;
 
-namespace {
-
 void Succeeds(const std::string& command) {
     const auto result = winbench::RunAndWait(command);
     EXPECT_EQ(result.exitCode, 0) << command << ": " << result.output;
 }
-
-}  // namespace
 
 // Folders end in one backslash; HomeDrive always gains one; SystemDrive is
 // "C:\" whatever the drive. The administrators group counts in the thread's
