@@ -11,7 +11,6 @@
 #include "test_packages.h"
 #include "wine_bench.h"
 
-namespace RegisterControls = corvan::RegisterControls;
 
 namespace {
 
@@ -37,15 +36,15 @@ struct EventLog : corvan::InstallEngineEvents {
     std::optional<corvan::Failure> failure;  // raised from the status handler
 };
 
-// What a pass over seven rows raises: for each row, "<name>+" registered,
-// "<name>-" failed or "" left alone, then its progress.
-std::vector<std::string> PassLines(const std::string& verb, const std::vector<std::string>& rows) {
+// What a pass raises: for each row, "+" registered, "-" failed or "" left
+// alone, then its progress.
+std::vector<std::string> PassLines(const std::string& verb, const std::vector<std::pair<std::string, std::string>>& rows) {
     std::vector<std::string> lines;
     for (size_t i = 0; i < rows.size(); ++i) {
-        const std::string& row = rows[i];
-        if (!row.empty()) lines.push_back("status " + verb + row.substr(0, row.size() - 1));
-        if (!row.empty()) lines.push_back(row.back() == '+' ? "status Registration: Successful" : "status Registration: Failed");
-        if (!row.empty() && row.back() == '-') lines.push_back("status Error: " + kNotAModule);
+        const auto& [file, mark] = rows[i];
+        if (!mark.empty()) lines.push_back("status " + verb + file);
+        if (!mark.empty()) lines.push_back(mark == "+" ? "status Registration: Successful" : "status Registration: Failed");
+        if (mark == "-") lines.push_back("status Error: " + kNotAModule);
         lines.push_back("progress " + std::to_string(static_cast<float>((i + 1) / static_cast<double>(rows.size()))));
     }
     return lines;
@@ -84,7 +83,7 @@ protected:
 
 // The cases of registration.txt [modules].
 TEST_F(Registration, RegistersAndUnregistersEachKindOfFile) {
-    for (const auto& row : unit_table::Table("registration.txt", "modules")) {
+    for (const auto& row : Table("registration.txt", "modules")) {
         SCOPED_TRACE(row.where);
         const std::string path = folder.Path() + row[1];
         const bool unregister = row[2] == "unregister";
@@ -119,39 +118,29 @@ TEST_F(Registration, ARoutineThatHangsIsLeftRunningAfterTheBoundedWait) {
     EXPECT_EQ(RegisteredServer(), folder.Path() + "slow.dll");
 }
 
+// The cases of registration.txt [pass].
 TEST_F(Registration, ThePassRegistersWhatAsksForItAndCountsEveryItem) {
-    struct Row {
-        const char* file;
-        int16_t registerFlag;
-        const char* uninstallSwitch;
-    };
-    const Row rows[] = {
-        {"registering.dll", 1, ""},  {"notamodule.dll", 1, ""}, {"CONTROL.OCX", 1, "/u"}, {"CAPS.TLB", 1, "  "},
-        {"library.olb", 1, ""},      {"typelib.dll", 0, ""},    {"readme", 1, ""},
-    };
     corvan::KeyedCollection<corvan::ItemRecord> colItems;
-    for (const Row& row : rows) {
+    std::vector<std::pair<std::string, std::string>> registered, removed;
+    for (const auto& row : Table("registration.txt", "pass")) {
         corvan::ItemRecord item;
-        item.FileName(row.file);
+        item.FileName(row[0]);
         item.InstallFolder(folder.Path());
-        item.Register(row.registerFlag);
-        item.UninstallSwitch(row.uninstallSwitch);
-        colItems.Add(folder.Path() + row.file, item);
+        item.Register(static_cast<int16_t>(std::stoi(row[1])));
+        item.UninstallSwitch(row[2]);
+        colItems.Add(folder.Path() + row[0], item);
+        registered.push_back({row[0], row[3]});
+        removed.push_back({row[0], row[4]});
     }
-
     EventLog registering;
     EXPECT_EQ(corvan::Registration(colItems, false, registering), "");  // the last registration succeeded
-    EXPECT_EQ(registering.lines, PassLines("Registering ", {"registering.dll+", "notamodule.dll-", "CONTROL.OCX+",
-                                                            "CAPS.TLB+", "", "", ""}));
-    // The olb after it and the library that does not ask were left alone.
+    EXPECT_EQ(registering.lines, PassLines("Registering ", registered));
     EXPECT_EQ(RegisteredServer(), folder.Path() + "CONTROL.OCX");
     EXPECT_EQ(RegisteredTypeLib(), folder.Path() + "CAPS.TLB");
 
     EventLog removing;
     EXPECT_EQ(corvan::Registration(colItems, true, removing), "");
-    // The control's own uninstall command unregisters it.
-    EXPECT_EQ(removing.lines, PassLines("Removing Registration for ", {"registering.dll+", "notamodule.dll-", "",
-                                                                       "CAPS.TLB+", "", "", ""}));
+    EXPECT_EQ(removing.lines, PassLines("Removing Registration for ", removed));
     EXPECT_EQ(RegisteredServer(), std::nullopt);
     EXPECT_EQ(RegisteredTypeLib(), std::nullopt);
 

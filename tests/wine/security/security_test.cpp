@@ -9,6 +9,7 @@
 
 #include "control/CorvanInstaller_h.h"
 #include "control/com_ptr.h"
+#include "platform/clsWindowTools.h"
 #include "platform/reg_variant.h"
 #include "scripted_desktop.h"
 #include "security/clsCorvanSecurity.h"
@@ -26,37 +27,31 @@ struct StatusRecorder : corvan::clsCorvanSecurityEvents {
 
 enum class Cacls { WineOwn, Recording, NotAProgram, Missing };
 
-// Puts a stand-in where the configurator looks for cacls.exe, and Wine's own
-// back afterwards. The path is the one the configurator asks for, so in a
-// 32-bit test the file-system redirection takes both to syswow64. Wine runs
-// the system folder's cacls.exe as its built-in one unless told otherwise.
-class SystemCacls {
-public:
-    explicit SystemCacls(Cacls kind) : kind_(kind) {
-        if (kind_ == Cacls::WineOwn) return;
-        EXPECT_TRUE(MoveFileExA(path_.c_str(), saved_.c_str(), MOVEFILE_REPLACE_EXISTING));
-        if (kind_ == Cacls::Recording) {
-            EXPECT_TRUE(CopyFileA(winbench::BesideThisProgram("recording_cacls.exe").c_str(), path_.c_str(), FALSE));
-            EXPECT_EQ(RegSetKeyValueA(HKEY_CURRENT_USER, kOverrides, "cacls.exe", REG_SZ, "native", 7), ERROR_SUCCESS);
-        } else if (kind_ == Cacls::NotAProgram) {
-            winbench::WriteFileBytes(path_, "not a program\r\n");
-        }
+const char kOverrides[] = "Software\\Wine\\DllOverrides";
+
+// Puts a stand-in where the configurator looks for cacls.exe (in a 32-bit
+// test redirected to syswow64 as the configurator's path is), Wine's own
+// back afterwards; Wine runs it as its built-in one unless told otherwise.
+struct SystemCacls {
+    explicit SystemCacls(Cacls kind) : kind(kind) {
+        if (kind == Cacls::WineOwn) return;
+        EXPECT_TRUE(MoveFileExA(path.c_str(), (path + ".saved").c_str(), MOVEFILE_REPLACE_EXISTING));
+        if (kind == Cacls::Recording)
+            EXPECT_TRUE(CopyFileA(winbench::BesideThisProgram("recording_cacls.exe").c_str(), path.c_str(), FALSE) &&
+                        !RegSetKeyValueA(HKEY_CURRENT_USER, kOverrides, "cacls.exe", REG_SZ, "native", 7));
+        if (kind == Cacls::NotAProgram) winbench::WriteFileBytes(path, "not a program\r\n");
     }
     ~SystemCacls() {
-        if (kind_ == Cacls::WineOwn) return;
-        DeleteFileA(path_.c_str());
-        EXPECT_TRUE(MoveFileA(saved_.c_str(), path_.c_str()));
+        if (kind == Cacls::WineOwn) return;
+        DeleteFileA(path.c_str());
+        EXPECT_TRUE(MoveFileA((path + ".saved").c_str(), path.c_str()));
         RegDeleteKeyValueA(HKEY_CURRENT_USER, kOverrides, "cacls.exe");
     }
-
-private:
-    static constexpr char kOverrides[] = "Software\\Wine\\DllOverrides";
-    Cacls kind_;
-    std::string path_ = [] {
+    const Cacls kind;
+    const std::string path = [] {
         char folder[MAX_PATH] = {};
         return std::string(folder, GetSystemDirectoryA(folder, sizeof folder)) + "\\cacls.exe";
     }();
-    std::string saved_ = path_ + ".corvan-saved";
 };
 
 }  // namespace
@@ -71,6 +66,8 @@ TEST(FolderRights, GrantsEveryFolderOnWindowsXPServicePack2) {
 // grants (each folder, then its contents) with what each started, and the
 // command lines the recording stand-in was given.
 TEST(FolderRights, DISABLED_Scenarios) {
+    corvan::clsWindowTools tools;
+    EXPECT_EQ(tools.VersionName() + " " + tools.BuildNo(), "Windows XP 3790");
     const std::string cacls = "C:\\windows\\system32\\cacls.exe ", grant = " /E /G Everyone:f\n";
     const std::string tooLong = "C:\\" + std::string(40000, 'x') + "\\";  // no process takes such a command line
     const std::string blanks = "C:\\corvan tests\\with blank\\", talo = "c:\\TALO\\";
@@ -172,10 +169,9 @@ TEST(TrustConfig, EveryKindOfLineReadsBackAndARefusedLineStopsNothing) {
     testing_support::ScriptedDesktop desktop;
     corvan::clsCorvanSecurity(desktop, &recorder).SetRegistryTrustConfig();
     ASSERT_EQ(recorder.messages.size(), 154u);
-    EXPECT_EQ(recorder.messages[0], "Updating:  AlwaysInstallElevated\\ 1 - Success");
-    EXPECT_EQ(recorder.messages[69], "Updating: @=\\ - Success");
-    EXPECT_EQ(recorder.messages[76], "Updating: https\\2 - Failed");
-    EXPECT_EQ(recorder.messages[77], "Updating: https\\2 - Success");
+    EXPECT_EQ(recorder.messages[0] + "|" + recorder.messages[69] + "|" + recorder.messages[76] + "|" + recorder.messages[77],
+              "Updating:  AlwaysInstallElevated\\ 1 - Success|Updating: @=\\ - Success|Updating: https\\2 - Failed|"
+              "Updating: https\\2 - Success");
     EXPECT_EQ(std::count_if(recorder.messages.begin(), recorder.messages.end(),
                             [](const std::string& m) { return m.find(" - Failed") != std::string::npos; }), 1);
     EXPECT_EQ(recorder.messages.back(), "Registry Edit Complete.");
@@ -184,11 +180,9 @@ TEST(TrustConfig, EveryKindOfLineReadsBackAndARefusedLineStopsNothing) {
 
     const struct { HKEY root; std::string key; const char* name; RegVariant value; } lines[] = {
         {HKEY_CURRENT_USER, kPolicy, " AlwaysInstallElevated", RegVariant::Long(1)},
-        {HKEY_LOCAL_MACHINE, kPolicy, "AlwaysInstallElevated", RegVariant::Long(1)},
         {HKEY_LOCAL_MACHINE, kZone, "1C00", RegVariant::Long(768)},
         {HKEY_CURRENT_USER, kDomains, "@=", RegVariant::String("")},
         {HKEY_CURRENT_USER, kDomains, nullptr, RegVariant::String("kept")},
-        {HKEY_CURRENT_USER, kOurDomain + "\\extranet", "https", RegVariant::Long(2)},
         {HKEY_LOCAL_MACHINE, kOurDomain + "\\helpdesk", "https", RegVariant::Long(2)},
         {HKEY_CURRENT_USER, kOurDomain + "\\helpdesk", "https", RegVariant()},
     };
@@ -198,18 +192,28 @@ TEST(TrustConfig, EveryKindOfLineReadsBackAndARefusedLineStopsNothing) {
     RegDeleteKeyValueA(HKEY_CURRENT_USER, kDomains.c_str(), nullptr);
 }
 
-// The public class, registered by the test run: Wine's script host creates
-// and runs it late bound; a browser finds nothing that would let a page use
-// it.
-TEST(TrustConfig, ThePublicClassForScriptsAndPages) {
+// The public classes, registered by the test run: Wine's script host creates
+// and runs them late bound; a browser finds nothing that would let a page
+// use the security configurator.
+TEST(TrustConfig, ThePublicClassesForScriptsAndPages) {
     ForgetTrustSettings();
     winbench::ScratchFolder scratch("security-script");
-    winbench::WriteFileBytes(scratch.Path() + "trust.vbs",
-                             "On Error Resume Next\r\n"
-                             "CreateObject(\"CorvanInstaller.clsCorvanSecurity\").SetRegistryTrustConfig\r\n"
-                             "WScript.Quit Err.Number\r\n");
-    const auto run = winbench::RunAndWait("cscript.exe //nologo \"" + scratch.Path() + "trust.vbs\"");
+    const std::string base = std::getenv("CORVAN_HTTP_URL") ? std::getenv("CORVAN_HTTP_URL") : "";
+    winbench::WriteFileBytes(scratch.Path() + "classes.vbs",
+        "On Error Resume Next\r\nSet ftp = CreateObject(\"CorvanInstaller.clsFTP\")\r\n"
+        "ok = ftp.DownloadFile(\"" + base + "size/2048\", \"" + scratch.Path() + "got.bin\")\r\n"
+        "WScript.Echo \"port=\" & ftp.Port & \" ok=\" & ok & \" size=\" & ftp.dwCurrentFileSize\r\n"
+        "WScript.Echo \"missing=\" & ftp.DownloadFile(\"" + base + "status/404\", \"" + scratch.Path() + "no.bin\")\r\n"
+        "WScript.Echo \"text=\" & Len(ftp.OpenURL(\"" + base + "size/300\"))\r\ncode = 12002\r\n"
+        "WScript.Echo \"err=\" & ftp.GetErr(code) & \"|\" & code\r\n"
+        "WScript.Echo \"talo=\" & CreateObject(\"CorvanInstaller.clsTalo\").LegacyTaloIsInstalled\r\n"
+        "CreateObject(\"CorvanInstaller.clsCorvanSecurity\").SetRegistryTrustConfig\r\nWScript.Quit Err.Number\r\n");
+    const auto run = winbench::RunAndWait("cscript.exe //nologo \"" + scratch.Path() + "classes.vbs\"");
     EXPECT_EQ(run.exitCode, 0) << run.output;
+    EXPECT_EQ(run.output, "port=21 ok=True size=2048\r\nmissing=False\r\ntext=1024\r\n"
+                          "err=The request has timed out.|0\r\ntalo=False\r\n");
+    EXPECT_EQ(winbench::ReadFileBytes(scratch.Path() + "got.bin").size(), 2048u);
+    EXPECT_FALSE(winbench::FileExists(scratch.Path() + "no.bin"));
     EXPECT_EQ(ReadValue(HKEY_LOCAL_MACHINE, kZone, "1C00"), RegVariant::Long(768));
 
     ASSERT_TRUE(SUCCEEDED(CoInitialize(nullptr)));

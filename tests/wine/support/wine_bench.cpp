@@ -8,20 +8,19 @@ namespace winbench {
 
 namespace {
 
-const char kVersionKey[] = "Software\\Wine";
-const char kProductKey[] = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
+const std::pair<HKEY, const char*> kVersionValues[] = {{HKEY_CURRENT_USER, "Software\\Wine"},
+    {HKEY_LOCAL_MACHINE, "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion"}};
+const char* const kVersionNames[] = {"Version", "ProductName"};
 
-void PutText(HKEY root, const char* key, const char* name, const std::optional<std::string>& value) {
-    if (!value) RegDeleteKeyValueA(root, key, name);
-    else RegSetKeyValueA(root, key, name, REG_SZ, value->c_str(), static_cast<DWORD>(value->size() + 1));
+void PutText(int which, const std::optional<std::string>& value) {
+    const auto [root, key] = kVersionValues[which];
+    if (!value) RegDeleteKeyValueA(root, key, kVersionNames[which]);
+    else RegSetKeyValueA(root, key, kVersionNames[which], REG_SZ, value->c_str(), static_cast<DWORD>(value->size() + 1));
 }
 
 }  // namespace
 
-std::string OutDir() {
-    const char* dir = std::getenv("CORVAN_OUT_DIR");
-    return dir ? dir : "";
-}
+std::string OutDir() { return std::getenv("CORVAN_OUT_DIR") ? std::getenv("CORVAN_OUT_DIR") : ""; }
 
 std::string BesideThisProgram(const std::string& file) {
     char self[MAX_PATH];
@@ -29,9 +28,8 @@ std::string BesideThisProgram(const std::string& file) {
     return path.substr(0, path.find_last_of('\\') + 1) + file;
 }
 
-ScratchFolder::ScratchFolder(const std::string& name) {
+ScratchFolder::ScratchFolder(const std::string& name) : path_("C:\\corvan-tests\\" + name + "\\") {
     CreateDirectoryA("C:\\corvan-tests", nullptr);
-    path_ = "C:\\corvan-tests\\" + name + "\\";
     RemoveTree(path_);
     CreateDirectoryA(path_.c_str(), nullptr);
 }
@@ -39,30 +37,22 @@ ScratchFolder::ScratchFolder(const std::string& name) {
 ScratchFolder::~ScratchFolder() { RemoveTree(path_); }
 
 void RemoveTree(const std::string& folder) {
-    std::string base = folder;
-    if (!base.empty() && base.back() != '\\') base += '\\';
+    const std::string base = folder.empty() || folder.back() == '\\' ? folder : folder + "\\";
     WIN32_FIND_DATAA found;
     HANDLE search = FindFirstFileA((base + "*").c_str(), &found);
-    if (search != INVALID_HANDLE_VALUE) {
-        do {
-            const std::string name = found.cFileName, full = base + name;
-            if (name == "." || name == "..") continue;
-            if (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
-                RemoveTree(full);
-            } else {
-                SetFileAttributesA(full.c_str(), FILE_ATTRIBUTE_NORMAL);
-                DeleteFileA(full.c_str());
-            }
-        } while (FindNextFileA(search, &found));
-        FindClose(search);
+    for (BOOL more = search != INVALID_HANDLE_VALUE; more; more = FindNextFileA(search, &found)) {
+        const std::string name = found.cFileName, full = base + name;
+        if (name == "." || name == "..") continue;
+        if (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) RemoveTree(full);
+        else SetFileAttributesA(full.c_str(), FILE_ATTRIBUTE_NORMAL), DeleteFileA(full.c_str());
     }
+    if (search != INVALID_HANDLE_VALUE) FindClose(search);
     RemoveDirectoryA(base.c_str());
 }
 
 std::string ReadFileBytes(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
     std::ostringstream bytes;
-    bytes << in.rdbuf();
+    bytes << std::ifstream(path, std::ios::binary).rdbuf();
     return bytes.str();
 }
 
@@ -79,16 +69,16 @@ std::optional<std::string> RegText(HKEY root, const std::string& key, const char
     return std::string(data);
 }
 
-ScopedWindowsVersion::ScopedWindowsVersion(const std::string& wineVersion, const std::string& productName)
-    : oldVersion_(RegText(HKEY_CURRENT_USER, kVersionKey, "Version")),
-      oldProduct_(RegText(HKEY_LOCAL_MACHINE, kProductKey, "ProductName")) {
-    PutText(HKEY_CURRENT_USER, kVersionKey, "Version", wineVersion);
-    PutText(HKEY_LOCAL_MACHINE, kProductKey, "ProductName", productName);
+ScopedWindowsVersion::ScopedWindowsVersion(const std::string& wineVersion, const std::string& productName) {
+    const std::string values[] = {wineVersion, productName};
+    for (int i = 0; i < 2; ++i) {
+        old_[i] = RegText(kVersionValues[i].first, kVersionValues[i].second, kVersionNames[i]);
+        PutText(i, values[i]);
+    }
 }
 
 ScopedWindowsVersion::~ScopedWindowsVersion() {
-    PutText(HKEY_CURRENT_USER, kVersionKey, "Version", oldVersion_);
-    PutText(HKEY_LOCAL_MACHINE, kProductKey, "ProductName", oldProduct_);
+    for (int i = 0; i < 2; ++i) PutText(i, old_[i]);
 }
 
 ChildResult RunAndWait(const std::string& commandLine, DWORD timeoutMs) {
@@ -107,13 +97,12 @@ ChildResult RunAndWait(const std::string& commandLine, DWORD timeoutMs) {
     PROCESS_INFORMATION process{};
     std::string command = commandLine;
     if (CreateProcessA(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process)) {
-        CloseHandle(process.hThread);
         DWORD exitCode = 0;
-        if (WaitForSingleObject(process.hProcess, timeoutMs) == WAIT_OBJECT_0 &&
-            GetExitCodeProcess(process.hProcess, &exitCode))
+        if (WaitForSingleObject(process.hProcess, timeoutMs) == WAIT_OBJECT_0 && GetExitCodeProcess(process.hProcess, &exitCode))
             result.exitCode = static_cast<int>(exitCode);
         else
             TerminateProcess(process.hProcess, 1);
+        CloseHandle(process.hThread);
         CloseHandle(process.hProcess);
     }
     CloseHandle(output);
@@ -125,8 +114,7 @@ ChildResult RunAndWait(const std::string& commandLine, DWORD timeoutMs) {
 ChildResult RunCaseInChild(const std::string& fullTestName) {
     char self[MAX_PATH];
     GetModuleFileNameA(nullptr, self, sizeof self);
-    ChildResult child =
-        RunAndWait(std::string("\"") + self + "\" --gtest_also_run_disabled_tests --gtest_filter=" + fullTestName);
+    ChildResult child = RunAndWait(std::string("\"") + self + "\" --gtest_also_run_disabled_tests --gtest_filter=" + fullTestName);
     if (child.exitCode == 0 && child.output.find("[  PASSED  ] 1 test.") == std::string::npos) child.exitCode = -2;
     return child;
 }
