@@ -11,7 +11,6 @@
 #include "test_packages.h"
 #include "wine_bench.h"
 
-
 namespace {
 
 const std::string kNotAModule = "Not an exectuable file, or the file is corrupt (LoadLibrary failed).";
@@ -31,13 +30,12 @@ struct EventLog : corvan::InstallEngineEvents {
         if (failure) throw *failure;
     }
     void InstallationStatus(const std::string& message) override { lines.push_back("installation " + message); }
-    void FTPStatus(float, const std::string& message) override { lines.push_back("ftp " + message); }
+    void FTPStatus(float, const std::string&) override {}
     std::vector<std::string> lines;
     std::optional<corvan::Failure> failure;  // raised from the status handler
 };
 
-// What a pass raises: for each row, "+" registered, "-" failed or "" left
-// alone, then its progress.
+// What a pass raises for rows marked "+" registered, "-" failed, "" left alone.
 std::vector<std::string> PassLines(const std::string& verb, const std::vector<std::pair<std::string, std::string>>& rows) {
     std::vector<std::string> lines;
     for (size_t i = 0; i < rows.size(); ++i) {
@@ -50,22 +48,16 @@ std::vector<std::string> PassLines(const std::string& verb, const std::vector<st
     return lines;
 }
 
-// The components built by the test build, copied into a scratch folder under
-// the names the cases use.
+// The built components, copied under the names the cases use.
 class Registration : public ::testing::Test {
 protected:
     void SetUp() override {
         ClearRegistrations();
-        for (const auto& [built, name] : std::vector<std::pair<std::string, std::string>>{
-                 {testpackages::Get(testpackages::kDll).path, "registering.dll"},
-                 {testpackages::Get(testpackages::kDll).path, "CONTROL.OCX"},
-                 {testpackages::Get(testpackages::kDll).path, "registering.bin"},
-                 {winbench::BesideThisProgram("test_slow_self_registering.dll"), "slow.dll"},
-                 {winbench::BesideThisProgram("test_typelib_holder.dll"), "typelib.dll"},
-                 {testpackages::Get(testpackages::kTlb).path, "CAPS.TLB"},
-                 {testpackages::Get(testpackages::kTlb).path, "library.olb"},
-             }) {
-            ASSERT_TRUE(CopyFileA(built.c_str(), (folder.Path() + name).c_str(), FALSE)) << built;
+        for (const auto& row : Table("registration.txt", "files")) {
+            const std::string built = row[0] == "dll"   ? testpackages::Get(testpackages::kDll).path
+                                      : row[0] == "tlb" ? testpackages::Get(testpackages::kTlb).path
+                                                        : winbench::BesideThisProgram(row[0]);
+            ASSERT_TRUE(CopyFileA(built.c_str(), (folder.Path() + row[1]).c_str(), FALSE)) << built;
         }
         winbench::WriteFileBytes(folder.Path() + "notamodule.dll", "This is a text, not a module.\r\n");
     }

@@ -23,22 +23,6 @@ void Succeeds(const std::string& command) {
 
 }  // namespace
 
-// Without a product name in the NT key, the Windows 98 key's is taken (in
-// a child process: Wine reads the version when a process starts). Version
-// and service pack are the security test's, under Windows XP.
-TEST(WindowTools, DISABLED_NamesTheProductFromTheOlderKey) {
-    EXPECT_EQ(clsWindowTools().VersionName(), "Windows Millennium Edition");
-}
-TEST(WindowTools, ProductNameFromTheOlderKey) {
-    const char* kOlderKey = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion";
-    winbench::ScopedWindowsVersion empty("win7", "");
-    ASSERT_EQ(RegSetKeyValueA(HKEY_LOCAL_MACHINE, kOlderKey, "ProductName", REG_SZ,
-                              "Microsoft Windows Millennium Edition   ", 40), ERROR_SUCCESS);
-    const auto child = winbench::RunCaseInChild("WindowTools.DISABLED_NamesTheProductFromTheOlderKey");
-    EXPECT_EQ(child.exitCode, 0) << child.output;
-    RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kOlderKey, "ProductName");
-}
-
 // Folders end in one backslash; HomeDrive always gains one; SystemDrive is
 // "C:\" whatever the drive. The administrators group counts in the thread's
 // own token even where it is kept only for denying access.

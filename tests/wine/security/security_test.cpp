@@ -1,6 +1,4 @@
-// The security configurator against the prefix's real registry and cacls.exe
-// (Wine's own, a recording stand-in, a file that is no program, none), in
-// process and through its registered public class.
+// The security configurator against the prefix's real registry and cacls.exe.
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -57,8 +55,7 @@ struct SystemCacls {
 }  // namespace
 
 TEST(FolderRights, GrantsEveryFolderOnWindowsXPServicePack2) {
-    winbench::ScopedWindowsVersion xp("winxp64", "Microsoft Windows XP");
-    const winbench::ChildResult child = winbench::RunCaseInChild("FolderRights.DISABLED_Scenarios");
+    const auto child = winbench::RunCaseInChild("FolderRights.DISABLED_Scenarios", "winxp64", "Microsoft Windows XP");
     EXPECT_EQ(child.exitCode, 0) << child.output.substr(0, 20000);
 }
 
@@ -127,8 +124,7 @@ const char kZone[] = "Software\\Microsoft\\Windows\\CurrentVersion\\Internet Set
 const std::string kDomains = "Software\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\ZoneMap\\Domains";
 const std::string kOurDomain = kDomains + "\\corvan-connect.example";
 
-// A DWORD as a Long, REG_SZ as text, nothing when the value is missing; any
-// other type as an (empty) byte array, which no line expects.
+// A DWORD as a Long, REG_SZ as text, nothing when missing, else empty bytes.
 RegVariant ReadValue(HKEY root, const std::string& key, const char* name) {
     DWORD type = 0, size = 1023;
     char data[1024] = {};

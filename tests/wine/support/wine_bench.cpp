@@ -69,18 +69,6 @@ std::optional<std::string> RegText(HKEY root, const std::string& key, const char
     return std::string(data);
 }
 
-ScopedWindowsVersion::ScopedWindowsVersion(const std::string& wineVersion, const std::string& productName) {
-    const std::string values[] = {wineVersion, productName};
-    for (int i = 0; i < 2; ++i) {
-        old_[i] = RegText(kVersionValues[i].first, kVersionValues[i].second, kVersionNames[i]);
-        PutText(i, values[i]);
-    }
-}
-
-ScopedWindowsVersion::~ScopedWindowsVersion() {
-    for (int i = 0; i < 2; ++i) PutText(i, old_[i]);
-}
-
 ChildResult RunAndWait(const std::string& commandLine, DWORD timeoutMs) {
     ChildResult result;
     char folder[MAX_PATH], name[MAX_PATH];
@@ -111,10 +99,18 @@ ChildResult RunAndWait(const std::string& commandLine, DWORD timeoutMs) {
     return result;
 }
 
-ChildResult RunCaseInChild(const std::string& fullTestName) {
+ChildResult RunCaseInChild(const std::string& fullTestName, const std::string& wineVersion,
+                           const std::string& productName) {
+    const std::string values[] = {wineVersion, productName};
     char self[MAX_PATH];
     GetModuleFileNameA(nullptr, self, sizeof self);
+    std::optional<std::string> old[2];
+    for (int i = 0; i < 2; ++i) {
+        old[i] = RegText(kVersionValues[i].first, kVersionValues[i].second, kVersionNames[i]);
+        PutText(i, values[i]);
+    }
     ChildResult child = RunAndWait(std::string("\"") + self + "\" --gtest_also_run_disabled_tests --gtest_filter=" + fullTestName);
+    for (int i = 0; i < 2; ++i) PutText(i, old[i]);
     if (child.exitCode == 0 && child.output.find("[  PASSED  ] 1 test.") == std::string::npos) child.exitCode = -2;
     return child;
 }

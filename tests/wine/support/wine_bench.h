@@ -35,25 +35,17 @@ bool WaitFor(Done done, int ms = 5000) {
     return done();
 }
 
-// The Windows version Wine reports (HKCU\Software\Wine "Version", e.g.
-// "winxp64") and the NT key's ProductName, put back when the object goes.
-// Wine reads the version when a process starts: see RunCaseInChild.
-class ScopedWindowsVersion {
-public:
-    ScopedWindowsVersion(const std::string& wineVersion, const std::string& productName);
-    ~ScopedWindowsVersion();
-private:
-    std::optional<std::string> old_[2];
-};
-
 struct ChildResult {
     int exitCode = -1;   // -1: could not start or timed out
     std::string output;  // its standard output and error
 };
 // Runs a command line, waits for it, returns its exit code and output.
 ChildResult RunAndWait(const std::string& commandLine, DWORD timeoutMs = 120000);
-// Runs one case of this program (normally a DISABLED_ one) in a new process,
-// its output kept apart; exitCode 0 only when that one case ran and passed.
-ChildResult RunCaseInChild(const std::string& fullTestName);
+// Runs one case of this program (normally a DISABLED_ one) in a new process
+// that sees the Windows version `wineVersion` (HKCU\Software\Wine "Version",
+// e.g. "winxp64", read when a process starts) and the NT key's ProductName,
+// both put back afterwards; exitCode 0 only when that one case ran and passed.
+ChildResult RunCaseInChild(const std::string& fullTestName, const std::string& wineVersion,
+                           const std::string& productName);
 
 }  // namespace winbench
