@@ -17,13 +17,10 @@
 #include <msi.h>
 
 #include "common/text.h"
-#include "control/WindowsDesktop.h"
 #include "control/bstr_text.h"
-#include "engine/clsInstall.h"
 #include "installer_folder.h"
 #include "probe_server.h"
 #include "session_log.h"
-#include "settings/modCorvanInstaller_Global.h"
 #include "test_packages.h"
 
 using control_tests::Call;
@@ -85,13 +82,11 @@ std::string Join(const Texts& parts, const std::string& separator) {
     return text;
 }
 
-// "name=value" pairs of a line, in order.
-std::vector<std::pair<std::string, std::string>> Pairs(const std::string& text, char separator = ' ') {
-    std::vector<std::pair<std::string, std::string>> pairs;
-    for (const std::string& part : Split(text, std::string(1, separator))) {
-        const size_t equals = part.find('=');
-        pairs.emplace_back(corvan::Trim(part.substr(0, equals)), equals == std::string::npos ? "" : part.substr(equals + 1));
-    }
+// The "name=value" pairs of a line.
+std::map<std::string, std::string> Pairs(const std::string& text, char separator = ' ') {
+    std::map<std::string, std::string> pairs;
+    for (const std::string& part : Split(text, std::string(1, separator)))
+        pairs[corvan::Trim(part.substr(0, part.find('=')))] = part.find('=') == std::string::npos ? "" : part.substr(part.find('=') + 1);
     return pairs;
 }
 
@@ -172,10 +167,8 @@ std::string PublishRow(const testserver::InstallerFolder& folder, const std::str
     const size_t brace = entry.find('{');
     const PackageKind* kind = Kind(corvan::Trim(entry.substr(0, brace)));
     if (!kind) throw std::runtime_error("no package called " + entry);
-    std::map<std::string, std::string> changes;
-    if (brace != std::string::npos)
-        for (const auto& [name, value] : Pairs(entry.substr(brace + 1, entry.rfind('}') - brace - 1), ';'))
-            changes[name] = value;
+    std::map<std::string, std::string> changes =
+        brace == std::string::npos ? Pairs("") : Pairs(entry.substr(brace + 1, entry.rfind('}') - brace - 1), ';');
     const testpackages::Package package = testpackages::Get(kind->file);
     // Bytes past the end of a program or a database change nothing but its checksum.
     const std::string bytes = winbench::ReadFileBytes(package.path) + (changes.count("changed") ? "a newer build" : "");
@@ -236,14 +229,6 @@ ComPtr<IDispatch> CreateControl(const std::string& server) {
         factory->CreateInstance(nullptr, IID_IDispatch, control.PutVoid());
     return control;
 }
-
-struct SilentEvents : corvan::InstallEngineEvents {
-    void InstallerError(const std::string&) override {}
-    void ProgressUpdate(float) override {}
-    void StatusMsgChange(const std::string&) override {}
-    void InstallationStatus(const std::string&) override {}
-    void FTPStatus(float, const std::string&) override {}
-};
 
 }  // namespace
 
@@ -473,19 +458,7 @@ void Scenario::Do(const Line& line) {
         ASSERT_NE(arrow, std::string::npos) << "client <arguments> => <exit code>";
         RunClient(text.substr(0, arrow), text.substr(arrow + 4));
     } else if (k == "need") {
-        CallControl(L"NeedToInstall", nullptr, first);
-        // NeedToDo is the engine's own, not the control's: asked of an
-        // engine in this process, on the same machine.
-        corvan::InstallerSettings& settings = corvan::modCorvanInstaller_Global();
-        settings.Load();
-        settings.MasterUrlSource(InstallerUrl());
-        corvan::WindowsDesktop desktop;
-        SilentEvents events;
-        corvan::clsInstall engine(events, desktop);
-        engine.InstallFile(settings.InstallListPath());
-        engine.UnInstallFile(settings.UninstallListPath());
-        engine.NeedToInstall();
-        EXPECT_EQ(engine.NeedToDo(), rest == "-" ? "" : rest) << "NeedToDo";
+        CallControl(L"NeedToInstall", nullptr, text);
     // Checking.
     } else if (k == "errors") {
         const Texts errors = Heard("1:");
