@@ -1,5 +1,4 @@
-// Component registration against the prefix's registry, with real modules
-// and type libraries built by the test build.
+// Registration against the prefix's registry, of modules and type libraries built by the test build.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -91,8 +90,7 @@ TEST_F(Registration, RegistersAndUnregistersEachKindOfFile) {
         const auto registered = row[4].rfind("server", 0) == 0 ? RegisteredServer() : RegisteredTypeLib();
         if (!row[4].empty()) EXPECT_EQ(registered.value_or("-"), row[4].back() == '-' ? "-" : path);
     }
-    // Routines that use COM find their thread in an apartment, as under
-    // regsvr32.
+    // Routines that use COM find their thread in an apartment, as under regsvr32.
     RegisterControls::RegisterFile(folder.Path() + "registering.dll", false);
     EXPECT_EQ(winbench::RegText(HKEY_CURRENT_USER, kServerKey, "Apartment"), "given");
 }

@@ -94,10 +94,9 @@ TEST_F(Item, FetchedAgainOnlyWhenTheCrcTextDiffers) {
     EXPECT_TRUE(winbench::FileExists("C:\\TALO\\README"));
 }
 
-// The download makes the folders below their drive, share or root, written
-// with backslashes or slashes, passing on the transfer's progress; a share
-// that cannot be reached, or a folder under a file, is the folder's failure
-// (76), not the server's, and leaves nothing behind.
+// The download makes the folders below a drive, share or root (backslashes
+// or slashes), relaying progress; an unreachable share or a folder under a
+// file is the folder's failure (76), not the server's, and leaves nothing.
 TEST_F(Item, DownloadMakesTheFoldersAndRelaysProgress) {
     item.Source(std::string(std::getenv("CORVAN_HTTP_URL")) + "size/");
     item.FileName("2048");

@@ -23,9 +23,8 @@ std::string Shape(const std::string& path) {
 }  // namespace
 
 // Blank names read as the default file, "C:\" + base name + "-LogFile.log";
-// a write while closed opens it for writing, so its old text goes. A folder
-// that cannot be opened raises the path error. Sessions appending to the
-// named log are the e2e table's.
+// a write while closed opens it afresh. A missing folder raises the path
+// error. Sessions appending to the named log are the e2e table's.
 TEST(InstallLog, AWriteWhileClosedStartsTheDefaultFileAfresh) {
     clsLog log;
     winbench::WriteFileBytes(kDefaultLog, "old contents\r\n");

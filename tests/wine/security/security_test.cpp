@@ -143,11 +143,9 @@ void ForgetTrustSettings() {
 
 }  // namespace
 
-// One line of each kind reads back with its type and data: a DWORD under a
-// name with a leading blank, one in each hive, a zone value, the "@=" name
-// beside the domain map's own default (which survives), a host row. The
-// current user's helpdesk https row (line 76) meets a key nobody may write:
-// it alone fails, and the repeated host row after it is written again.
+// Each kind of line reads back with its type and data (the "@=" name beside
+// the domain map's default, which survives). The current user's helpdesk row
+// (line 76) meets a key nobody may write: it alone fails, the next goes on.
 TEST(TrustConfig, EveryKindOfLineReadsBackAndARefusedLineStopsNothing) {
     ForgetTrustSettings();
     ASSERT_EQ(RegSetKeyValueA(HKEY_CURRENT_USER, kDomains.c_str(), nullptr, REG_SZ, "kept", 5), ERROR_SUCCESS);

@@ -41,10 +41,9 @@ struct ChildResult {
 };
 // Runs a command line, waits for it, returns its exit code and output.
 ChildResult RunAndWait(const std::string& commandLine, DWORD timeoutMs = 120000);
-// Runs one case of this program (normally a DISABLED_ one) in a new process
-// that sees the Windows version `wineVersion` (HKCU\Software\Wine "Version",
-// e.g. "winxp64", read when a process starts) and the NT key's ProductName,
-// both put back afterwards; exitCode 0 only when that one case ran and passed.
+// Runs one (DISABLED_) case of this program in a process that sees Wine's
+// "Version" (e.g. "winxp64") and the NT key's ProductName, put back after;
+// exitCode 0 only when that one case ran and passed.
 ChildResult RunCaseInChild(const std::string& fullTestName, const std::string& wineVersion,
                            const std::string& productName);
 

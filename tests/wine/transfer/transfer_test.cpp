@@ -137,12 +137,10 @@ TEST_F(Transfer, ASlowLineHandsOutEachBlockAsItArrives) {
 std::vector<DWORD> ticks;
 void CALLBACK Tick(HWND, UINT, UINT_PTR, DWORD) { ticks.push_back(GetTickCount()); }
 
-// A server that answers nothing ends the download within MAXTRIES (2)
-// time-outs and a pause, the page's messages running all the while. A body
-// broken off is completed by a range request for the rest (its query kept);
-// a server that answers it with the whole file again gives the whole file,
-// never half of it twice. Stalls, cuts and their retries in whole runs are
-// the e2e fault table's.
+// A silent server ends the download within MAXTRIES (2) time-outs and a
+// pause, the page's messages running all the while. A range answered with the
+// whole file gives it whole, never half twice; a text's range keeps its query.
+// Stalls, cuts and their retries in whole runs are the e2e fault table's.
 TEST_F(Transfer, BoundedWaitsAndRangeRequests) {
     const DWORD kSilenceMs = 1500;
     const corvan::TransferPolicy saved = corvan::ProcessTransferPolicy();
