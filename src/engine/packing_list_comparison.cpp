@@ -9,18 +9,11 @@
 
 namespace corvan {
 
-TextRows::TextRows(std::string text) : owned_(std::move(text)), starts_(IndexListRows(owned_)) {}
-
-TextRows TextRows::Of(std::string_view text) {
-    TextRows rows;
-    rows.viewed_ = text.data() ? text : std::string_view("", 0);
-    rows.starts_ = IndexListRows(rows.viewed_);
-    return rows;
-}
+TextRows::TextRows(std::string text) : text_(std::move(text)), starts_(IndexListRows(text_)) {}
 
 std::string_view TextRows::Row(int32_t index) const {
     if (index > RowCount()) return {};
-    return ListRow(Text(), starts_, index);
+    return ListRow(text_, starts_, index);
 }
 
 ListForm CheckListForm(const ListRows& rows) {
@@ -67,6 +60,26 @@ RowColumns::RowColumns(std::string_view row) {
 PackingListComparison::PackingListComparison(std::string versionName, std::string systemRoot)
     : versionName_(std::move(versionName)), defaultLocalSource_(std::move(systemRoot) + "Talo") {}
 
+namespace {
+
+// Calls judge(row, columns, key) for each row of `rows` that is not blank and
+// applies to the machine; the key is the folder as the item keeps it
+// followed by the file name, in the row's own case.
+template <typename Judge>
+void EachApplicableRow(const ListRows& rows, std::string_view versionName, Judge judge) {
+    std::string scratch, key;
+    for (int32_t index = 1, count = rows.RowCount(); index <= count; ++index) {
+        const std::string_view row = rows.RowView(index, scratch);
+        if (row.empty()) continue;
+        const RowColumns columns(row);
+        if (!AppliesToMachine(columns.OS(), versionName)) continue;
+        key.assign(columns.InstallFolder()).append(columns.FileName());
+        judge(row, columns, key);
+    }
+}
+
+}  // namespace
+
 void PackingListComparison::Reset() { colItems_ = KeyedCollection<ItemRecord>(); }
 
 bool PackingListComparison::LoadFileIntoCollection(const ListRows& rows, bool markDirty) {
@@ -81,21 +94,16 @@ bool PackingListComparison::LoadFileIntoCollection(const ListRows& rows, bool ma
         colItems_.Reserve(static_cast<size_t>(rowCount));
     }
 
-    std::string scratch, key, folded;
-    for (int32_t index = 1; index <= rowCount; ++index) {
-        const std::string_view row = rows.RowView(index, scratch);
-        if (row.empty()) continue;
-        // Most rows of a second load are found again unchanged: they are
-        // judged on their OS, key and CRC columns alone, and only a row that
-        // is kept becomes an item.
-        const RowColumns columns(row);
-        if (!AppliesToMachine(columns.OS(), versionName_)) continue;
-        key.assign(columns.InstallFolder()).append(columns.FileName());
+    // Most rows of a second load are found again unchanged: they are judged
+    // on their OS, key and CRC columns alone, and only a row that is kept
+    // becomes an item.
+    std::string folded;
+    EachApplicableRow(rows, versionName_, [&](std::string_view row, const RowColumns& columns, const std::string& key) {
         ItemRecord* existing;
         if (!secondLoad) {
             // A first load keeps nearly every row: made into an item at once.
             existing = colItems_.AddOrFind(key, NewItem(row, markDirty, secondLoad));
-            if (!existing) continue;
+            if (!existing) return;
         } else {
             folded.assign(key);
             UpperCaseInPlace(folded);
@@ -106,7 +114,7 @@ bool PackingListComparison::LoadFileIntoCollection(const ListRows& rows, bool ma
                 item.IsDirty(kVbTrue);
                 colItems_.Add(key, std::move(item));
                 result = false;
-                continue;
+                return;
             }
         }
 
@@ -124,7 +132,7 @@ bool PackingListComparison::LoadFileIntoCollection(const ListRows& rows, bool ma
         } else if (!forceInstall_) {
             existing->IsDirty(kVbFalse);
         }
-    }
+    });
     return result;
 }
 
@@ -138,20 +146,7 @@ PackingListComparison::Agreement PackingListComparison::CompareLists(const ListR
     };
     std::unordered_map<std::string, Kept> kept;
     kept.reserve(static_cast<size_t>(std::max(local.RowCount(), 0)));
-    std::string scratch, key;
-    // Calls `judge` with the folded key and the columns of each row that
-    // applies to this machine.
-    auto eachRow = [&](const ListRows& rows, auto judge) {
-        for (int32_t index = 1, count = rows.RowCount(); index <= count; ++index) {
-            const std::string_view row = rows.RowView(index, scratch);
-            if (row.empty()) continue;
-            RowColumns columns(row);
-            if (!AppliesToMachine(columns.OS(), versionName_)) continue;
-            key.assign(columns.InstallFolder()).append(columns.FileName());
-            UpperCaseInPlace(key);
-            judge(columns);
-        }
-    };
+    std::string folded;
     // Each load: a key not yet kept is added (a difference only when the
     // collection was not empty as the load began); one kept under the same
     // folder with another CRC takes the row's CRC, and the lists must be
@@ -160,8 +155,10 @@ PackingListComparison::Agreement PackingListComparison::CompareLists(const ListR
     auto load = [&](const ListRows& rows) {
         const bool secondLoad = !kept.empty();
         bool same = !secondLoad || rows.RowCount() == local.RowCount();
-        eachRow(rows, [&](const RowColumns& columns) {
-            auto [found, added] = kept.try_emplace(key, Kept{columns.InstallFolder(), std::string(columns.CRC())});
+        EachApplicableRow(rows, versionName_, [&](std::string_view, const RowColumns& columns, const std::string& key) {
+            folded.assign(key);
+            UpperCaseInPlace(folded);
+            auto [found, added] = kept.try_emplace(folded, Kept{columns.InstallFolder(), std::string(columns.CRC())});
             if (added) {
                 if (secondLoad) same = false;
             } else if (found->second.folder == columns.InstallFolder() && found->second.crc != columns.CRC()) {

@@ -26,12 +26,10 @@ public:
     }
 };
 
-// Rows of a list held in memory as its whole text: its own copy, or a view
-// of a text that outlives the rows (TextRows::Of).
+// Rows of a list held in memory as its whole text, its own copy.
 class TextRows : public ListRows {
 public:
     explicit TextRows(std::string text);
-    static TextRows Of(std::string_view text);
 
     int32_t RowCount() const override { return static_cast<int32_t>(starts_.size()) - 1; }
     std::string GetRow(int32_t index) const override { return std::string(Row(index)); }
@@ -39,11 +37,7 @@ public:
     std::string_view Row(int32_t index) const;
 
 private:
-    TextRows() = default;
-    std::string_view Text() const { return viewed_.data() ? viewed_ : std::string_view(owned_); }
-
-    std::string owned_;
-    std::string_view viewed_;
+    std::string text_;
     std::vector<size_t> starts_;  // where each row begins, by the file object's rule (files/list_rows.h)
 };
 
