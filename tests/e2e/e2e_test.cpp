@@ -25,6 +25,7 @@
 
 using control_tests::Call;
 using control_tests::ComPtr;
+using control_tests::CreateControl;
 using Texts = std::vector<std::string>;
 
 namespace e2e {
@@ -189,20 +190,6 @@ LRESULT CALLBACK AnswerHook(int code, WPARAM wparam, LPARAM lparam) {
         PostMessageA(dialog, WM_COMMAND, MAKEWPARAM(button, BN_CLICKED), reinterpret_cast<LPARAM>(GetDlgItem(dialog, button)));
     }
     return CallNextHookEx(nullptr, code, wparam, lparam);
-}
-
-// The registered control, or the one of the file `server` beside this
-// program (made by its class factory, as COM would, unregistered).
-ComPtr<IDispatch> CreateControl(const std::string& server) {
-    if (server.empty()) return control_tests::CreateControl();
-    ComPtr<IDispatch> control;
-    HMODULE module = LoadLibraryA(winbench::BesideThisProgram(server).c_str());  // kept for the process's life
-    auto getClassObject = reinterpret_cast<HRESULT(WINAPI*)(REFCLSID, REFIID, void**)>(
-        reinterpret_cast<void*>(module ? GetProcAddress(module, "DllGetClassObject") : nullptr));
-    ComPtr<IClassFactory> factory;
-    if (getClassObject && SUCCEEDED(getClassObject(CLSID_ManageClient, IID_IClassFactory, factory.PutVoid())))
-        factory->CreateInstance(nullptr, IID_IDispatch, control.PutVoid());
-    return control;
 }
 
 }  // namespace

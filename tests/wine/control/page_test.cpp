@@ -100,8 +100,7 @@ TEST_F(Page, ObjectSafetyAndConnectionPointsAnswerAsABrowserExpects) {
 }
 
 auto CanUnloadNow() {
-    return reinterpret_cast<HRESULT(STDAPICALLTYPE*)()>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("CorvanControlProbe.ocx"), "DllCanUnloadNow")));
+    return reinterpret_cast<HRESULT(STDAPICALLTYPE*)()>(reinterpret_cast<void*>(ProbeExport("DllCanUnloadNow")));
 }
 
 TEST_F(Page, CallsByNameDriveTheEngineEveryAdvisedSinkHearsAndTheServerUnloadsOnceLetGo) {
@@ -223,8 +222,11 @@ TEST_F(Page, Regsvr32RegistersAndUnregistersTheShippedControl) {
         {"Interface\\{CF3D629D-1B7D-49FD-96DA-8F3B48662F46}", nullptr, nullptr},
     };
     for (const auto& v : values) {
-        if (v.value) EXPECT_EQ(Value(v.key, v.name), v.value) << v.key;
-        else EXPECT_NE(Value(v.key), "(missing)") << v.key;
+        if (v.value) {
+            EXPECT_EQ(Value(v.key, v.name), v.value) << v.key;
+        } else {
+            EXPECT_NE(Value(v.key), "(missing)") << v.key;
+        }
     }
     ASSERT_TRUE(Regsvr32(ocx, true));
     for (const std::string& key : {clsid, std::string("CorvanInstaller.ManageClient"),
@@ -281,12 +283,12 @@ TEST_F(Page, InsideABrowserOnlyHttpsPagesOfApprovedHostsRunTheControl) {
     ASSERT_EQ(ole->SetClientSite(static_cast<IOleClientSite*>(&site)), S_OK);
     for (const auto& c : cases) {
         SCOPED_TRACE(c.page);
-        if (c.policy)
+        RegDeleteKeyA(HKEY_LOCAL_MACHINE, kPolicy);
+        if (c.policy) {
             ASSERT_EQ(RegSetKeyValueA(HKEY_LOCAL_MACHINE, kPolicy, "ApprovedHosts", REG_SZ, c.policy,
                                       static_cast<DWORD>(strlen(c.policy) + 1)),
                       ERROR_SUCCESS);
-        else
-            RegDeleteKeyA(HKEY_LOCAL_MACHINE, kPolicy);
+        }
         winbench::RemoveTree("C:\\TALO");
         sink.heard.clear();
         site.location = c.page;
