@@ -6,7 +6,9 @@ TEST(SiteLock, AddressesNameTheHostABrowserWouldConnectTo) {
     for (const auto& c : Table("control/control.txt", "address")) {
         auto parts = SplitUrl(c[0]);
         EXPECT_EQ(parts.host, c[2]) << c.where;
-        if (!c[2].empty()) EXPECT_EQ(parts.scheme, c[1]) << c.where;
+        if (!c[2].empty()) {
+            EXPECT_EQ(parts.scheme, c[1]) << c.where;
+        }
     }
 }
 

@@ -1,5 +1,4 @@
 // The panel's state and captions (control.txt).
-#include <limits>
 #include <vector>
 
 #include "../harness.h"
@@ -50,20 +49,6 @@ TEST_F(Surface, TransferLineKeepsWhatACallLeavesOutAndLetsMessagesRunEachTime) {
     surface.TransferLineVisible(false);
     EXPECT_EQ(view.changes.size(), steps.size() + 1);
     EXPECT_EQ(view.changes.back(), std::make_pair(SurfacePart::TransferLine, false));
-}
-
-// A fraction that is no number, or far out of range, is a bounded percentage.
-TEST_F(Surface, PercentagesOfFractionsOutOfRangeAreBounded) {
-    const struct {
-        float fraction;
-        int progress, transfer;
-    } cases[] = {{std::numeric_limits<float>::quiet_NaN(), 0, 1}, {1e30f, 10000, 10000}, {-1e30f, -10000, -10000}};
-    for (const auto& c : cases) {
-        surface.ProgressFraction(c.fraction);
-        surface.DrawTransferLine("setup.msi", c.fraction);
-        EXPECT_EQ(surface.ProgressPercent(), c.progress) << c.fraction;
-        EXPECT_EQ(surface.TransferPercent(), c.transfer) << c.fraction;
-    }
 }
 
 TEST(VersionLine, NamesTheInstallerAndTheSystem) {

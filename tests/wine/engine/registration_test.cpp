@@ -88,7 +88,9 @@ TEST_F(Registration, RegistersAndUnregistersEachKindOfFile) {
             EXPECT_EQ(result, row[3]);
         }
         const auto registered = row[4].rfind("server", 0) == 0 ? RegisteredServer() : RegisteredTypeLib();
-        if (!row[4].empty()) EXPECT_EQ(registered.value_or("-"), row[4].back() == '-' ? "-" : path);
+        if (!row[4].empty()) {
+            EXPECT_EQ(registered.value_or("-"), row[4].back() == '-' ? "-" : path);
+        }
     }
     // Routines that use COM find their thread in an apartment, as under regsvr32.
     RegisterControls::RegisterFile(folder.Path() + "registering.dll", false);

@@ -34,9 +34,10 @@ struct SystemCacls {
     explicit SystemCacls(Cacls kind) : kind(kind) {
         if (kind == Cacls::WineOwn) return;
         EXPECT_TRUE(MoveFileExA(path.c_str(), (path + ".saved").c_str(), MOVEFILE_REPLACE_EXISTING));
-        if (kind == Cacls::Recording)
+        if (kind == Cacls::Recording) {
             EXPECT_TRUE(CopyFileA(winbench::BesideThisProgram("recording_cacls.exe").c_str(), path.c_str(), FALSE) &&
                         !RegSetKeyValueA(HKEY_CURRENT_USER, kOverrides, "cacls.exe", REG_SZ, "native", 7));
+        }
         if (kind == Cacls::NotAProgram) winbench::WriteFileBytes(path, "not a program\r\n");
     }
     ~SystemCacls() {

@@ -105,8 +105,9 @@ TEST_F(Transfer, FailuresWriteNothing) {
         watcher.progress.clear();
         EXPECT_FALSE(ftp.DownloadFile(url, Target())) << url;
         EXPECT_FALSE(ftp.DownloadFile(url, Target("new.bin"))) << url;
-        if (url.find("status/") != std::string::npos || url == untrusted + "size/2048")
+        if (url.find("status/") != std::string::npos || url == untrusted + "size/2048") {
             EXPECT_TRUE(watcher.progress.empty()) << url;
+        }
         EXPECT_FALSE(ftp.StillExecuting());
     }
     EXPECT_EQ(winbench::ReadFileBytes(Target()), "old contents");
