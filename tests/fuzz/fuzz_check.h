@@ -1,12 +1,15 @@
 #pragma once
-// What every fuzz target shares: the check that a rule holds, and a reader
-// that takes the parts of one input (flags, numbers, texts) in turn.
+// What every fuzz target shares: the check that a rule holds, a reader that
+// takes the parts of one input (flags, numbers, texts) in turn, and the
+// outcome of a conversion that may raise a runtime error.
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
+
+#include "common/failure.h"
 
 namespace corvan::fuzz {
 
@@ -80,8 +83,21 @@ inline std::vector<std::string> Fields(const std::string& row) {
     return fields;
 }
 
-inline std::string_view AsText(const uint8_t* data, size_t size) {
-    return {reinterpret_cast<const char*>(data), size};
+// The value, or the runtime error number it raised.
+template <typename T>
+struct Outcome {
+    std::optional<T> value;
+    int32_t error = 0;
+    bool operator==(const Outcome&) const = default;
+};
+
+template <typename F>
+auto Try(F&& convert) -> Outcome<decltype(convert())> {
+    try {
+        return {convert(), 0};
+    } catch (const Failure& failure) {
+        return {std::nullopt, failure.Number()};
+    }
 }
 
 }  // namespace corvan::fuzz

@@ -20,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     ItemRecord item;
     if (onFullItem)
         item.UniformString("XP,https://h/installer/,a.msi,1,d,1A,desc,prod,1,/i,/u,\\\\s\\x,C:\\TALO,G,1,-1,b.msi");
-    const ItemRecord before = item;
+    ItemRecord old = item;
     item.UniformString(row);
     const std::string first = item.UniformString();
 
@@ -39,7 +39,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // The text columns are taken as they stand; an absent one keeps the old
     // item's value. The engine flags are never touched by a row.
     const std::vector<std::string> given = row.empty() ? std::vector<std::string>{} : Fields(row);
-    ItemRecord old = before;
     const std::vector<std::string> kept = Fields(old.UniformString());
     for (size_t column : {0, 1, 2, 3, 4, 5, 6, 7, 9, 10, 11, 13})
         FUZZ_CHECK(built[column] == (column < given.size() ? given[column] : kept[column]));

@@ -6,7 +6,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <set>
 
@@ -20,12 +19,11 @@ TEST(FuzzCorpus, EveryKeptInputKeepsTheRules) {
         if (entry.is_regular_file()) files.insert(entry.path());
     ASSERT_FALSE(files.empty()) << "no corpus in " << CORVAN_FUZZ_CORPUS;
     for (const auto& file : files) {
-        std::ifstream in(file, std::ios::binary);
-        const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-        std::unique_ptr<uint8_t[]> data(new uint8_t[bytes.size()]);
-        std::copy(bytes.begin(), bytes.end(), data.get());
+        const size_t size = std::filesystem::file_size(file);
+        std::unique_ptr<uint8_t[]> data(new uint8_t[size]);
+        std::ifstream(file, std::ios::binary).read(reinterpret_cast<char*>(data.get()), size);
         try {
-            LLVMFuzzerTestOneInput(data.get(), bytes.size());
+            LLVMFuzzerTestOneInput(data.get(), size);
         } catch (const corvan::fuzz::CheckFailure& failure) {
             ADD_FAILURE() << file.filename().string() << ": " << failure.what;
         }

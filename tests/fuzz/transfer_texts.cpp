@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstring>
 #include <map>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -33,12 +32,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     counters.pub_BytesRecieved = input.Number<float>();
     const double fileSize = input.Number<double>();
     const bool noPointer = choice & 4;
+    // The information is the rest of the input, which ends its block.
+    const uint32_t length = static_cast<uint32_t>(input.Remaining());
+    const char* info = noPointer ? nullptr : reinterpret_cast<const char*>(data + size - length);
     const std::string rest = input.Rest();
-    // The information in a block of exactly its length.
-    std::unique_ptr<char[]> block(new char[rest.size()]);
-    std::memcpy(block.get(), rest.data(), rest.size());
-    const char* info = noPointer ? nullptr : block.get();
-    const uint32_t length = static_cast<uint32_t>(rest.size());
 
     const TransferCounters before = counters;
     const StatusNotice notice = DescribeStatus(counters, fileSize, code, info, length);
