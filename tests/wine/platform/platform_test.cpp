@@ -13,11 +13,6 @@
 
 using namespace corvan;
 
-void Succeeds(const std::string& command) {
-    const auto result = winbench::RunAndWait(command);
-    EXPECT_EQ(result.exitCode, 0) << command << ": " << result.output;
-}
-
 // Folders end in one backslash; HomeDrive always gains one; SystemDrive is
 // "C:\" whatever the drive. The administrators group counts in the thread's
 // own token even where it is kept only for denying access.
@@ -99,22 +94,23 @@ TEST(Detection, ReaderControlsAreTriedNewestFirst) {
 // are found through the Windows Installer.
 TEST(Detection, LegacyReleasesAreFoundThroughTheWindowsInstaller) {
     const std::string first = "{7EE17AF3-3434-11D5-AC76-00010262094C}", second = "{B8F23408-5FCD-4C75-A7BB-4FB1A2AED802}";
+    const std::string msi = winbench::BesideThisProgram("legacy_talo_");
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     testing_support::ScriptedDesktop desktop;
     clsTalo talo(&desktop);
     EXPECT_FALSE(talo.LegacyTaloIsInstalled());
     EXPECT_EQ(talo.FoundProducts(), std::vector<std::string>(6));
-    Succeeds("msiexec /i \"" + winbench::BesideThisProgram("legacy_talo_first.msi") + "\" /qn");
+    EXPECT_EQ(winbench::RunAndWait("msiexec /i \"" + msi + "first.msi\" /qn").exitCode, 0);
     EXPECT_TRUE(talo.LegacyTaloIsInstalled());
     EXPECT_EQ(talo.FoundProducts(), (std::vector<std::string>{first, "", "", "", "", ""}));
     EXPECT_EQ(desktop.pumps, 1);
-    Succeeds("msiexec /i \"" + winbench::BesideThisProgram("legacy_talo_second.msi") + "\" /qn");
+    EXPECT_EQ(winbench::RunAndWait("msiexec /i \"" + msi + "second.msi\" /qn").exitCode, 0);
     EXPECT_TRUE(talo.LegacyTaloIsInstalled());
     EXPECT_EQ(talo.FoundProducts(), (std::vector<std::string>{first, "", "", "", second, "4"}));
-    Succeeds("msiexec /x " + first + " /qn");
+    EXPECT_EQ(winbench::RunAndWait("msiexec /x " + first + " /qn").exitCode, 0);
     EXPECT_TRUE(talo.LegacyTaloIsInstalled());
     EXPECT_EQ(talo.FoundProducts(), (std::vector<std::string>{"", "", "", "", second, "4"}));
-    Succeeds("msiexec /x " + second + " /qn");
+    EXPECT_EQ(winbench::RunAndWait("msiexec /x " + second + " /qn").exitCode, 0);
     EXPECT_FALSE(talo.LegacyTaloIsInstalled());
     CoUninitialize();
 }

@@ -42,10 +42,7 @@ struct SystemCacls {
         RegDeleteKeyValueA(HKEY_CURRENT_USER, kOverrides, "cacls.exe");
     }
     const Cacls kind;
-    const std::string path = [] {
-        char folder[MAX_PATH] = {};
-        return std::string(folder, GetSystemDirectoryA(folder, sizeof folder)) + "\\cacls.exe";
-    }();
+    const std::string path = corvan::clsWindowTools().WindowsSystem32() + "cacls.exe";
 };
 
 TEST(FolderRights, GrantsEveryFolderOnWindowsXPServicePack2) {
@@ -107,8 +104,6 @@ TEST(FolderRights, DISABLED_Scenarios) {
         EXPECT_EQ(desktop.pumps, 0);
         EXPECT_EQ(winbench::ReadFileBytes(log), s.commands);
     }
-    settings.SecuredFolder1("");
-    settings.SecuredFolder3("");
 }
 
 const char kPolicy[] = "Software\\Policies\\Microsoft\\Windows\\Installer";
