@@ -25,6 +25,7 @@
 
 using control_tests::Call;
 using control_tests::ComPtr;
+using control_tests::CreateControl;
 using Texts = std::vector<std::string>;
 
 namespace e2e {
@@ -37,43 +38,18 @@ constexpr char kTestMsiProduct[] = "{5C0A3E51-8B7D-4E29-9D1B-2F6A1C3E7D40}";
 constexpr char kWindowsKey[] = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
 constexpr char kVersionVectorKey[] = "SOFTWARE\\Microsoft\\Internet Explorer\\Version Vector";
 
-struct Line {
-    int number;
-    std::string keyword, text;
-};
-struct ScenarioText {
-    std::string name, server;  // server: the control file its pages load, beside this program; "" the registered one
-    std::vector<Line> lines;
+using control_tests::Line;
+using control_tests::Split;
+struct ScenarioText : control_tests::Block {
+    std::string server;  // the control file its pages load, beside this program; "" the registered one
 };
 void PrintTo(const ScenarioText& scenario, std::ostream* out) { *out << scenario.name; }
 
-// "scenario <name>" starts a scenario, every other line is "<keyword> <text>".
 std::vector<ScenarioText> LoadScenarios(const std::string& name, const std::string& server) {
-    const char* root = std::getenv("CORVAN_ROOT");
-    std::ifstream file(std::string(root ? root : ".") + "\\tests\\e2e\\" + name);
     std::vector<ScenarioText> scenarios;
-    std::string text;
-    for (int number = 1; std::getline(file, text); ++number) {
-        while (!text.empty() && (text.back() == '\r' || text.back() == ' ')) text.pop_back();
-        if (text.empty() || text.front() == '#') continue;
-        const size_t blank = text.find(' ');
-        Line line{number, text.substr(0, blank), blank == std::string::npos ? "" : text.substr(blank + 1)};
-        if (line.keyword == "scenario") scenarios.push_back({line.text, server, {}});
-        else if (!scenarios.empty()) scenarios.back().lines.push_back(line);
-    }
-    if (scenarios.empty()) scenarios.push_back({"scenario_file_not_found", "", {{0, "missing", name}}});
+    for (const auto& block : control_tests::LoadBlocks("tests\\e2e\\" + name, "scenario"))
+        scenarios.push_back({block, server});
     return scenarios;
-}
-
-Texts Split(const std::string& text, const std::string& separator) {
-    Texts parts;
-    if (corvan::Trim(text).empty()) return parts;
-    for (size_t start = 0;;) {
-        const size_t end = text.find(separator, start);
-        parts.push_back(text.substr(start, end - start));
-        if (end == std::string::npos) return parts;
-        start = end + separator.size();
-    }
 }
 
 std::string Join(const Texts& parts, const std::string& separator) {
@@ -214,20 +190,6 @@ LRESULT CALLBACK AnswerHook(int code, WPARAM wparam, LPARAM lparam) {
         PostMessageA(dialog, WM_COMMAND, MAKEWPARAM(button, BN_CLICKED), reinterpret_cast<LPARAM>(GetDlgItem(dialog, button)));
     }
     return CallNextHookEx(nullptr, code, wparam, lparam);
-}
-
-// The registered control, or the one of the file `server` beside this
-// program (made by its class factory, as COM would, unregistered).
-ComPtr<IDispatch> CreateControl(const std::string& server) {
-    if (server.empty()) return control_tests::CreateControl();
-    ComPtr<IDispatch> control;
-    HMODULE module = LoadLibraryA(winbench::BesideThisProgram(server).c_str());  // kept for the process's life
-    auto getClassObject = reinterpret_cast<HRESULT(WINAPI*)(REFCLSID, REFIID, void**)>(
-        reinterpret_cast<void*>(module ? GetProcAddress(module, "DllGetClassObject") : nullptr));
-    ComPtr<IClassFactory> factory;
-    if (getClassObject && SUCCEEDED(getClassObject(CLSID_ManageClient, IID_IClassFactory, factory.PutVoid())))
-        factory->CreateInstance(nullptr, IID_IDispatch, control.PutVoid());
-    return control;
 }
 
 }  // namespace

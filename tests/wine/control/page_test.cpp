@@ -13,6 +13,7 @@
 #include <functional>
 
 #include "control/bstr_text.h"
+#include "harness.h"
 #include "probe_server.h"
 
 using namespace control_tests;
@@ -21,49 +22,13 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-// What an interface adds to IUnknown and IDispatch, in vtable order, as
-// "name/invoke kind/dispid".
-Texts Members(ITypeInfo* info) {
-    Texts members;
-    FUNCDESC* function = nullptr;
-    for (UINT index = 0; SUCCEEDED(info->GetFuncDesc(index, &function)); ++index) {
-        corvan::com::Bstr name;
-        UINT count = 0;
-        info->GetNames(function->memid, name.Put(), 1, &count);
-        char id[16];
-        std::snprintf(id, sizeof id, "%lX", static_cast<unsigned long>(function->memid));
-        if (HIWORD(function->memid) != 0x6000 && HIWORD(function->memid) != 0x6001)
-            members.push_back(name.Text() + "/" + std::to_string(function->invkind) + "/" + id);
-        info->ReleaseFuncDesc(function);
-    }
-    return members;
-}
-
-// Early-bound pages call through the vtable: the order is part of the
-// interface. Script hosts find the events through the class information.
-TEST_F(Page, MembersAndEventsKeepTheirOrderAndDispatchIdentifiers) {
-    ComPtr<ITypeInfo> dual, coclass, source;
-    ASSERT_EQ(control->GetTypeInfo(0, LOCALE_USER_DEFAULT, dual.Put()), S_OK);
-    EXPECT_EQ(Members(dual.Get()),
-              (Texts{"Status/2/68030001", "URL/4/68030000", "Run/1/60030002", "NeedToInstall/1/60030011",
-                     "hwnd/2/68030013", "ShowUpdates/1/60030024", "UsersGroups/2/68030012", "UsersGroups/4/68030012"}));
-    EXPECT_EQ(DispidOf(control.Get(), L"usersgroups"), 0x68030012);
+// Script hosts find the events through the class information.
+TEST_F(Page, SafetyClassInformationAndConnectionPointsAnswerAsABrowserExpects) {
     auto classInfo = control.As<IProvideClassInfo2>(IID_IProvideClassInfo2);
     ASSERT_TRUE(classInfo);
     GUID events = GUID_NULL;
     ASSERT_EQ(classInfo->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &events), S_OK);
     EXPECT_TRUE(IsEqualGUID(events, DIID___ManageClient));
-    ASSERT_EQ(classInfo->GetClassInfo(coclass.Put()), S_OK);
-    corvan::com::Bstr name;
-    coclass->GetDocumentation(MEMBERID_NIL, name.Put(), nullptr, nullptr, nullptr);
-    EXPECT_EQ(name.Text(), "ManageClient");
-    HREFTYPE reference;
-    ASSERT_EQ(coclass->GetRefTypeOfImplType(1, &reference), S_OK);
-    ASSERT_EQ(coclass->GetRefTypeInfo(reference, source.Put()), S_OK);
-    EXPECT_EQ(Members(source.Get()), (Texts{"InstallError/1/1", "InstallStatus/1/2"}));
-}
-
-TEST_F(Page, ObjectSafetyAndConnectionPointsAnswerAsABrowserExpects) {
     auto safety = control.As<IObjectSafety>(IID_IObjectSafety);
     ASSERT_TRUE(safety);
     const DWORD both = INTERFACESAFE_FOR_UNTRUSTED_CALLER | INTERFACESAFE_FOR_UNTRUSTED_DATA;
@@ -100,8 +65,7 @@ TEST_F(Page, ObjectSafetyAndConnectionPointsAnswerAsABrowserExpects) {
 }
 
 auto CanUnloadNow() {
-    return reinterpret_cast<HRESULT(STDAPICALLTYPE*)()>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("CorvanControlProbe.ocx"), "DllCanUnloadNow")));
+    return reinterpret_cast<HRESULT(STDAPICALLTYPE*)()>(reinterpret_cast<void*>(ProbeExport("DllCanUnloadNow")));
 }
 
 TEST_F(Page, CallsByNameDriveTheEngineEveryAdvisedSinkHearsAndTheServerUnloadsOnceLetGo) {
@@ -181,50 +145,34 @@ TEST_F(Page, APageThatLetsGoDuringARunLeavesTheRunALiveControl) {
 }
 
 // The key's text or its value's; "(missing)" without the key.
-std::string Value(const std::string& path, const char* name = nullptr) {
+std::string Value(const std::string& path, const std::string& name = "") {
     HKEY key;
     if (RegOpenKeyExA(HKEY_CLASSES_ROOT, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return "(missing)";
     char data[512] = {};
     DWORD size = sizeof data;
-    RegGetValueA(key, nullptr, name, RRF_RT_REG_SZ, nullptr, data, &size);
+    RegGetValueA(key, nullptr, name.c_str(), RRF_RT_REG_SZ, nullptr, data, &size);
     RegCloseKey(key);
     return data;
 }
 
-// What creation by ProgID does not show: how a browser finds the control
-// safe, where it lives, and that unregistering takes it all away.
+// What creation by the class factory does not show: how a browser finds the
+// control safe, where it lives, and that unregistering takes it all away.
 TEST_F(Page, Regsvr32RegistersAndUnregistersTheShippedControl) {
     const std::string ocx = winbench::OutDir() + "\\CorvanInstaller.ocx";
     ASSERT_TRUE(Regsvr32(ocx));
-    const std::string clsid = "CLSID\\{96764B85-C202-4377-A836-2C40554474D9}", categories = clsid + "\\Implemented Categories\\";
-    // The type library is registered per platform under one key that both
-    // architectures share: unregistering one control leaves the other's entry.
+    const std::string clsid = "CLSID\\{96764B85-C202-4377-A836-2C40554474D9}";
     const std::string typeLib = std::string("TypeLib\\{E11AB144-7A14-4294-9F2D-2574EFBE0FC2}\\1.0\\0\\") +
                                 (sizeof(void*) == 8 ? "win64" : "win32");
     EXPECT_NE(Value(clsid + "\\InprocServer32").find("CorvanInstaller.ocx"), std::string::npos);
-    const struct {
-        std::string key;
-        const char* name;
-        const char* value;  // nullptr: the key is there
-    } values[] = {
-        {clsid + "\\InprocServer32", "ThreadingModel", "Apartment"},
-        {clsid + "\\ProgID", nullptr, "CorvanInstaller.ManageClient.1"},
-        {clsid + "\\VersionIndependentProgID", nullptr, "CorvanInstaller.ManageClient"},
-        {"CorvanInstaller.ManageClient.1\\CLSID", nullptr, "{96764B85-C202-4377-A836-2C40554474D9}"},
-        {clsid + "\\TypeLib", nullptr, "{E11AB144-7A14-4294-9F2D-2574EFBE0FC2}"},
-        // Site first, inside-out, active when visible: read before the control is made.
-        {clsid + "\\MiscStatus\\1", nullptr, "131473"},
-        {"CorvanInstaller.ManageClient\\CurVer", nullptr, "CorvanInstaller.ManageClient.1"},
-        {clsid + "\\Control", nullptr, nullptr},
-        {categories + "{7DD95801-9882-11CF-9FA9-00AA006C42C4}", nullptr, nullptr},
-        {categories + "{7DD95802-9882-11CF-9FA9-00AA006C42C4}", nullptr, nullptr},
-        {typeLib, nullptr, nullptr},
-        // It comes with the type library: the dual interface is known for marshalling.
-        {"Interface\\{CF3D629D-1B7D-49FD-96DA-8F3B48662F46}", nullptr, nullptr},
-    };
-    for (const auto& v : values) {
-        if (v.value) EXPECT_EQ(Value(v.key, v.name), v.value) << v.key;
-        else EXPECT_NE(Value(v.key), "(missing)") << v.key;
+    for (const auto& row : Table("page.txt", "registered")) {
+        std::string key = row[0];
+        for (const auto& [name, text] : {std::pair{"{clsid}", clsid}, std::pair{"{typelib}", typeLib}})
+            if (key.rfind(name, 0) == 0) key.replace(0, strlen(name), text);
+        if (!row[2].empty()) {
+            EXPECT_EQ(Value(key, row[1]), row[2]) << row.where;
+        } else {
+            EXPECT_NE(Value(key), "(missing)") << row.where;
+        }
     }
     ASSERT_TRUE(Regsvr32(ocx, true));
     for (const std::string& key : {clsid, std::string("CorvanInstaller.ManageClient"),
@@ -263,44 +211,32 @@ public:
 // or the machine's policy in the registry) run the control.
 TEST_F(Page, InsideABrowserOnlyHttpsPagesOfApprovedHostsRunTheControl) {
     const char kPolicy[] = "SOFTWARE\\Policies\\Talo\\Installer";
-    const struct {
-        const char* page;
-        const char* policy;     // the machine's ApprovedHosts, or none
-        const char* installer;  // what the page sets URL to, or nothing
-        const char* refusal;    // what InstallError names, or nothing: the run goes ahead
-    } cases[] = {
-        {"https://extranet.corvan-connect.example/installer/default.asp", nullptr, nullptr, nullptr},
-        {"https://evil.test/page.htm", nullptr, nullptr, "host 'evil.test': the host is not an approved"},
-        {"https://extranet.corvan-connect.example/installer/default.asp", nullptr, "https://evil.test/installer/x.asp",
-         "installer address on host 'evil.test'"},
-        {"https://www.partner.test/p.asp", nullptr, nullptr, "host 'www.partner.test'"},
-        {"https://www.partner.test/p.asp", "dealer.test; .partner.test", nullptr, nullptr},
-    };
     auto ole = control.As<IOleObject>(IID_IOleObject);
     BrowserSite site;
     ASSERT_EQ(ole->SetClientSite(static_cast<IOleClientSite*>(&site)), S_OK);
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.page);
-        if (c.policy)
-            ASSERT_EQ(RegSetKeyValueA(HKEY_LOCAL_MACHINE, kPolicy, "ApprovedHosts", REG_SZ, c.policy,
-                                      static_cast<DWORD>(strlen(c.policy) + 1)),
+    for (const auto& row : Table("page.txt", "browser")) {
+        const std::string &page = row[0], &policy = row[1], &installer = row[2], &refusal = row[3];
+        SCOPED_TRACE(row.where);
+        RegDeleteKeyA(HKEY_LOCAL_MACHINE, kPolicy);
+        if (!policy.empty()) {
+            ASSERT_EQ(RegSetKeyValueA(HKEY_LOCAL_MACHINE, kPolicy, "ApprovedHosts", REG_SZ, policy.c_str(),
+                                      static_cast<DWORD>(policy.size() + 1)),
                       ERROR_SUCCESS);
-        else
-            RegDeleteKeyA(HKEY_LOCAL_MACHINE, kPolicy);
+        }
         winbench::RemoveTree("C:\\TALO");
         sink.heard.clear();
-        site.location = c.page;
-        if (c.installer) Put(L"URL", c.installer);
+        site.location = page;
+        if (!installer.empty()) Put(L"URL", installer.c_str());
         VARIANT result = Session("");
         const std::string journal = Journal();
-        if (!c.refusal) {
+        if (refusal.empty()) {
             EXPECT_NE(journal.find("PrepInstaller(1,False)"), std::string::npos) << journal;
             continue;
         }
         ASSERT_FALSE(sink.heard.empty());
         EXPECT_EQ(sink.heard[0].rfind("1:The Corvan Connect client manager refused ", 0), 0u) << sink.heard[0];
-        EXPECT_NE(sink.heard[0].find(c.refusal), std::string::npos) << sink.heard[0];
-        if (c.installer) {  // the refused address is never used; the run goes to the installer it had
+        EXPECT_NE(sink.heard[0].find(refusal), std::string::npos) << sink.heard[0];
+        if (!installer.empty()) {  // the refused address is never used; the run goes to the installer it had
             EXPECT_EQ(journal.find("evil.test"), std::string::npos) << journal;
             continue;
         }

@@ -1,25 +1,30 @@
 #include "probe_server.h"
 
-#include <cstdlib>
-
 #include "control/bstr_text.h"
 
 namespace control_tests {
 
-namespace {
 FARPROC ProbeExport(const char* name) { return GetProcAddress(GetModuleHandleA("CorvanControlProbe.ocx"), name); }
-}  // namespace
 
 bool Regsvr32(const std::string& path, bool unregister) {
     return winbench::RunAndWait(std::string("regsvr32.exe /s ") + (unregister ? "/u " : "") + "\"" + path + "\"")
                .exitCode == 0;
 }
 
-ComPtr<IDispatch> CreateControl() {
+ComPtr<IDispatch> CreateControl(const std::string& file) {
     ComPtr<IDispatch> object;
     CLSID clsid;
-    if (SUCCEEDED(CLSIDFromProgID(L"CorvanInstaller.ManageClient", &clsid)))
-        CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.PutVoid());
+    if (file.empty()) {
+        if (SUCCEEDED(CLSIDFromProgID(L"CorvanInstaller.ManageClient", &clsid)))
+            CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, object.PutVoid());
+        return object;
+    }
+    HMODULE module = LoadLibraryA(winbench::BesideThisProgram(file).c_str());
+    auto getClassObject = reinterpret_cast<HRESULT(WINAPI*)(REFCLSID, REFIID, void**)>(
+        reinterpret_cast<void*>(module ? GetProcAddress(module, "DllGetClassObject") : nullptr));
+    ComPtr<IClassFactory> factory;
+    if (getClassObject && SUCCEEDED(getClassObject(CLSID_ManageClient, IID_IClassFactory, factory.PutVoid())))
+        factory->CreateInstance(nullptr, IID_IDispatch, object.PutVoid());
     return object;
 }
 
@@ -88,11 +93,8 @@ VARIANT Long(LONG value) {
 
 void Page::SetUp() {
     ASSERT_TRUE(SUCCEEDED(OleInitialize(nullptr)));
-    char path[MAX_PATH];
-    std::string program(path, GetModuleFileNameA(nullptr, path, MAX_PATH));
-    ASSERT_TRUE(Regsvr32(program.substr(0, program.rfind('\\') + 1) + "CorvanControlProbe.ocx"));
     winbench::RemoveTree("C:\\TALO");
-    control = CreateControl();
+    control = CreateControl("CorvanControlProbe.ocx");
     ASSERT_TRUE(control);
     SetScript("");
     point = Advise(control.Get(), sink, cookie);
@@ -138,58 +140,6 @@ STDMETHODIMP Site::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindo
     *document = nullptr;
     *position = *clip = kPosition;
     return S_OK;
-}
-
-ActivePage::ActivePage(IUnknown* control) {
-    site.page = CreateWindowExA(0, "STATIC", "page", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 800, 300, nullptr,
-                                nullptr, nullptr, nullptr);
-    control->QueryInterface(IID_IOleObject, ole.PutVoid());
-    if (!ole) return;
-    ole->SetClientSite(&site);
-    RECT position = Site::kPosition;
-    ole->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, &site, 0, site.page, &position);
-    ComPtr<IOleInPlaceObject> inPlace;
-    if (SUCCEEDED(control->QueryInterface(IID_IOleInPlaceObject, inPlace.PutVoid()))) inPlace->GetWindow(&window);
-}
-
-ActivePage::~ActivePage() {
-    if (ole) {
-        ole->Close(OLECLOSE_NOSAVE);
-        ole->SetClientSite(nullptr);
-    }
-    DestroyWindow(site.page);
-}
-
-void Picture::Save(const std::string& name) const {
-    const char* build = std::getenv("CORVAN_WINDOWS_BUILD");
-    const std::string folder = std::string(build ? build : ".") + "\\pictures";
-    CreateDirectoryA(folder.c_str(), nullptr);
-    BITMAPINFOHEADER info = {sizeof info, width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-    const DWORD bytes = static_cast<DWORD>(pixels.size() * 4);
-    BITMAPFILEHEADER file = {0x4D42, static_cast<DWORD>(sizeof file + sizeof info + bytes), 0, 0, sizeof file + sizeof info};
-    std::string data(reinterpret_cast<const char*>(&file), sizeof file);
-    data.append(reinterpret_cast<const char*>(&info), sizeof info);
-    data.append(reinterpret_cast<const char*>(pixels.data()), bytes);
-    winbench::WriteFileBytes(folder + "\\" + name + ".bmp", data);
-}
-
-Picture Capture(int width, int height, const std::function<void(HDC)>& draw) {
-    BITMAPINFO format = {{sizeof format.bmiHeader, width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0}, {}};
-    void* bits = nullptr;
-    HBITMAP bitmap = CreateDIBSection(nullptr, &format, DIB_RGB_COLORS, &bits, nullptr, 0);
-    HDC dc = CreateCompatibleDC(nullptr);
-    HGDIOBJ old = SelectObject(dc, bitmap);
-    RECT all = {0, 0, width, height};
-    FillRect(dc, &all, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
-    draw(dc);
-    GdiFlush();
-    const auto* first = static_cast<const uint32_t*>(bits);
-    Picture picture{width, height, std::vector<uint32_t>(first, first + static_cast<size_t>(width) * height)};
-    for (uint32_t& p : picture.pixels) p &= 0xFFFFFF;
-    SelectObject(dc, old);
-    DeleteDC(dc);
-    DeleteObject(bitmap);
-    return picture;
 }
 
 }  // namespace control_tests

@@ -1,9 +1,7 @@
 #pragma once
 // What the COM tests share: the probe server (the control with the recording
-// engine, built beside the test program) registered and created by ProgID as
-// a page creates it, an event sink, calls by name, a container's site and
-// pictures of what the control draws.
-#include <functional>
+// engine, built beside the test program) made by its class factory, an event
+// sink, calls by name and a container's site.
 #include <string>
 #include <vector>
 
@@ -22,8 +20,11 @@ namespace control_tests {
 using corvan::com::ComPtr;
 
 bool Regsvr32(const std::string& path, bool unregister = false);  // with the system's regsvr32
-ComPtr<IDispatch> CreateControl();                                 // the registered control, by ProgID
-void SetScript(const char* script);  // of the recording engine inside the loaded probe server
+// The registered control, by ProgID; or the one of `file` beside this program,
+// made by its class factory as COM would (the file is kept loaded).
+ComPtr<IDispatch> CreateControl(const std::string& file = "");
+FARPROC ProbeExport(const char* name);  // of the loaded probe server
+void SetScript(const char* script);     // of the recording engine inside it
 std::string Journal();
 
 // An event sink for __ManageClient that keeps what it heard as "<dispid>:<text>".
@@ -47,9 +48,7 @@ DISPID DispidOf(IDispatch* object, const wchar_t* name);
 VARIANT Call(IDispatch* object, const wchar_t* name, WORD flags = DISPATCH_METHOD, VARIANT* argument = nullptr);
 VARIANT Long(LONG value);
 
-// A page holding the probe control, its sink advised. The probe is registered
-// anew for every test: the shipped control shares its CLSID, and a test that
-// unregisters that must not leave later tests without a server.
+// A page holding the probe control, its sink advised.
 class Page : public ::testing::Test {
 protected:
     void SetUp() override;
@@ -101,35 +100,5 @@ public:
     int activations = 0, deactivations = 0;
     RECT lastPosition = {};
 };
-
-// A visible page window with the control activated in place in it, as a
-// browser shows it; closed and gone with the object.
-class ActivePage {
-public:
-    explicit ActivePage(IUnknown* control);
-    ~ActivePage();
-    ActivePage(const ActivePage&) = delete;
-    ActivePage& operator=(const ActivePage&) = delete;
-
-    Site site;
-    ComPtr<IOleObject> ole;
-    HWND window = nullptr;  // the control's own
-};
-
-// What a device context shows, read back pixel by pixel.
-struct Picture {
-    int width = 0, height = 0;
-    std::vector<uint32_t> pixels;  // 0x00RRGGBB, top row first
-
-    COLORREF At(int x, int y) const {
-        const uint32_t p = pixels[static_cast<size_t>(y) * width + x];
-        return RGB((p >> 16) & 0xFF, (p >> 8) & 0xFF, p & 0xFF);
-    }
-    // As a BMP file in the Windows build's pictures folder, for people to look at.
-    void Save(const std::string& name) const;
-};
-
-// Lets `draw` paint into a white width x height memory bitmap and reads it.
-Picture Capture(int width, int height, const std::function<void(HDC)>& draw);
 
 }  // namespace control_tests

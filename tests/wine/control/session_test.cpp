@@ -5,9 +5,7 @@
 
 #include <windows.h>
 
-#include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <functional>
 #include <optional>
 #include <sstream>
@@ -28,8 +26,6 @@ using namespace control_tests;
 
 namespace {
 
-using Texts = std::vector<std::string>;
-
 struct PageEvents : corvan::ManageClientEvents {
     Texts heard;
     std::function<void(const std::string&)> onStatus;  // what the page does when it hears a status
@@ -42,42 +38,9 @@ struct PageEvents : corvan::ManageClientEvents {
 
 // ---- the sessions of sessions.txt ----
 
-struct Line {
-    std::string keyword, text;
-};
-struct Case {
-    std::string name;
-    std::vector<Line> lines;
-};
-
-std::vector<Case> LoadCases() {
-    const char* root = std::getenv("CORVAN_ROOT");
-    std::ifstream file(std::string(root ? root : ".") + "\\tests\\wine\\control\\sessions.txt");
-    std::vector<Case> cases;
-    for (std::string text; std::getline(file, text);) {
-        while (!text.empty() && (text.back() == '\r' || text.back() == ' ')) text.pop_back();
-        if (text.empty() || text[0] == '#') continue;
-        const size_t blank = std::min(text.find(' '), text.size());
-        Line line{text.substr(0, blank), text.substr(std::min(blank + 1, text.size()))};
-        if (line.keyword == "case") cases.push_back({line.text, {}});
-        else if (!cases.empty()) cases.back().lines.push_back(line);
-    }
-    return cases;
-}
-
-Texts Split(const std::string& text) {  // "a | b"; "" is no part
-    Texts parts;
-    for (size_t start = 0; start < text.size();) {
-        const size_t end = std::min(text.find(" | ", start), text.size());
-        parts.push_back(text.substr(start, end - start));
-        start = end + 3;
-    }
-    return parts;
-}
-
 constexpr char kDefaultLog[] = "C:\\CorvanInstaller-LogFile.log";  // outside a session
 
-class Sessions : public ::testing::TestWithParam<Case> {};
+class Sessions : public ::testing::TestWithParam<Block> {};
 
 TEST_P(Sessions, Run) {
     winbench::RemoveTree("C:\\TALO");
@@ -111,7 +74,7 @@ TEST_P(Sessions, Run) {
         SCOPED_TRACE(line.keyword + " " + line.text);
         const std::string& k = line.keyword;
         std::string t = line.text;
-        const Texts parts = Split(t);
+        const Texts parts = Split(t, " | ");
         if (k == "engine") {
             script += t + "\n";
         } else if (k == "file") {
@@ -194,8 +157,9 @@ TEST_P(Sessions, Run) {
     winbench::RemoveTree("C:\\TALO");
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, Sessions, ::testing::ValuesIn(LoadCases()),
-                         [](const ::testing::TestParamInfo<Case>& info) { return info.param.name; });
+INSTANTIATE_TEST_SUITE_P(Table, Sessions,
+                         ::testing::ValuesIn(LoadBlocks("tests\\wine\\control\\sessions.txt", "case")),
+                         [](const ::testing::TestParamInfo<Block>& info) { return info.param.name; });
 
 // ---- what needs more than a script ----
 

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
+#include <functional>
 #include <thread>
 
 #include "control/PanelPainter.h"
@@ -20,6 +22,51 @@ HWND WindowOf(IDispatch* control) {
     VARIANT handle = Call(control, L"hwnd", DISPATCH_PROPERTYGET);
     EXPECT_EQ(V_VT(&handle), VT_I4);
     return reinterpret_cast<HWND>(static_cast<LONG_PTR>(V_I4(&handle)));
+}
+
+// What a device context shows, read back pixel by pixel.
+struct Picture {
+    int width = 0, height = 0;
+    std::vector<uint32_t> pixels;  // 0x00RRGGBB, top row first
+
+    COLORREF At(int x, int y) const {
+        const uint32_t p = pixels[static_cast<size_t>(y) * width + x];
+        return RGB((p >> 16) & 0xFF, (p >> 8) & 0xFF, p & 0xFF);
+    }
+    // As a BMP file in the Windows build's pictures folder, for people to look at.
+    void Save(const std::string& name) const {
+        const char* build = std::getenv("CORVAN_WINDOWS_BUILD");
+        const std::string folder = std::string(build ? build : ".") + "\\pictures";
+        CreateDirectoryA(folder.c_str(), nullptr);
+        BITMAPINFOHEADER info = {sizeof info, width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+        const DWORD bytes = static_cast<DWORD>(pixels.size() * 4);
+        BITMAPFILEHEADER file = {0x4D42, static_cast<DWORD>(sizeof file + sizeof info + bytes), 0, 0,
+                                 sizeof file + sizeof info};
+        std::string data(reinterpret_cast<const char*>(&file), sizeof file);
+        data.append(reinterpret_cast<const char*>(&info), sizeof info);
+        data.append(reinterpret_cast<const char*>(pixels.data()), bytes);
+        winbench::WriteFileBytes(folder + "\\" + name + ".bmp", data);
+    }
+};
+
+// Lets `draw` paint into a white width x height memory bitmap and reads it.
+Picture Capture(int width, int height, const std::function<void(HDC)>& draw) {
+    BITMAPINFO format = {{sizeof format.bmiHeader, width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0}, {}};
+    void* bits = nullptr;
+    HBITMAP bitmap = CreateDIBSection(nullptr, &format, DIB_RGB_COLORS, &bits, nullptr, 0);
+    HDC dc = CreateCompatibleDC(nullptr);
+    HGDIOBJ old = SelectObject(dc, bitmap);
+    RECT all = {0, 0, width, height};
+    FillRect(dc, &all, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
+    draw(dc);
+    GdiFlush();
+    const auto* first = static_cast<const uint32_t*>(bits);
+    Picture picture{width, height, std::vector<uint32_t>(first, first + static_cast<size_t>(width) * height)};
+    for (uint32_t& p : picture.pixels) p &= 0xFFFFFF;
+    SelectObject(dc, old);
+    DeleteDC(dc);
+    DeleteObject(bitmap);
+    return picture;
 }
 
 constexpr COLORREF kBlue = RGB(0, 90, 168), kWhite = RGB(255, 255, 255);
@@ -137,6 +184,31 @@ std::string ClipboardText() {
     CloseClipboard();
     return text;
 }
+
+// A visible page window with the control activated in place in it, as a
+// browser shows it; closed and gone with the object.
+struct ActivePage {
+    explicit ActivePage(IUnknown* control) {
+        site.page = CreateWindowExA(0, "STATIC", "page", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 800, 300, nullptr,
+                                    nullptr, nullptr, nullptr);
+        control->QueryInterface(IID_IOleObject, ole.PutVoid());
+        if (!ole) return;
+        ole->SetClientSite(&site);
+        RECT position = Site::kPosition;
+        ole->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, &site, 0, site.page, &position);
+        auto inPlace = ole.As<IOleInPlaceObject>(IID_IOleInPlaceObject);
+        if (inPlace) inPlace->GetWindow(&window);
+    }
+    ~ActivePage() {
+        if (ole) ole->Close(OLECLOSE_NOSAVE);
+        if (ole) ole->SetClientSite(nullptr);
+        DestroyWindow(site.page);
+    }
+
+    Site site;
+    ComPtr<IOleObject> ole;
+    HWND window = nullptr;  // the control's own
+};
 
 // In place the control gets a window of the rules' size inside the page,
 // which owns its status report while it lives; the report keeps its lines.

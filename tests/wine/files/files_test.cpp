@@ -41,10 +41,8 @@ TEST(FileIO, FilesThatCannotBeRead) {
     WriteFileBytes(scratch.Path() + "list.scl", "a\r\nb\r\n");
     clsFileIO file;
     const std::string large = scratch.Path() + "large.scl";
-    HANDLE handle = CreateFileA(large.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
-    LARGE_INTEGER size{};
-    size.QuadPart = 96 << 20;
-    ASSERT_TRUE(SetFilePointerEx(handle, size, nullptr, FILE_BEGIN) && SetEndOfFile(handle) && CloseHandle(handle));
+    WriteFileBytes(large, "");
+    std::filesystem::resize_file(large, 96 << 20);
     for (const auto& [path, status] : {std::pair<std::string, const char*>{scratch.Path() + "missing", "File not found"},
                                        {large, "Out of memory"}}) {
         ASSERT_TRUE(file.OpenFile(scratch.Path() + "list.scl"));

@@ -17,8 +17,6 @@ using corvan::clsItem;
 namespace pkg = testpackages;
 using Lines = std::vector<std::string>;
 
-namespace {
-
 struct ItemEvents : corvan::clsItemEvents {
     void FileDownloadProgress(float Percent, const std::string& status) override {
         log.push_back("progress " + std::to_string(Percent) + " " + status);
@@ -48,8 +46,6 @@ protected:
     ItemEvents events;
     clsItem item{desktop, &events};
 };
-
-}  // namespace
 
 // The CRC text is compared as it stands: equal, the file stays; the same
 // value in lower case, it is fetched again. The log names the fixed

@@ -16,8 +16,6 @@ using corvan::clsFTP;
 using Clock = std::chrono::steady_clock;
 using Progress = std::pair<float, std::string>;
 
-namespace {
-
 std::string Env(const char* variable) { return std::getenv(variable) ? std::getenv(variable) : ""; }
 
 // The bytes the test server sends at offsets [0, n).
@@ -66,8 +64,6 @@ protected:
     Watcher watcher;
     clsFTP ftp{&watcher, &watcher};
 };
-
-}  // namespace
 
 // The first block is written and counted whole, padded with NULs, over what
 // the file held; every block and the closing empty read raise an event.
