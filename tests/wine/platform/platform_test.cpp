@@ -43,11 +43,10 @@ TEST(WindowTools, EnvironmentAndAdministrators) {
 
     EXPECT_TRUE(tools.IsAdmin());  // Wine gives every user the built-in Administrators group
     HANDLE process = nullptr, restricted = nullptr, impersonation = nullptr;
-    SID_IDENTIFIER_AUTHORITY nt = SECURITY_NT_AUTHORITY;
-    PSID administrators = nullptr;
+    BYTE administrators[SECURITY_MAX_SID_SIZE];
+    DWORD sidSize = sizeof administrators;
     ASSERT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_DUPLICATE | TOKEN_QUERY, &process) &&
-                AllocateAndInitializeSid(&nt, 2, SECURITY_BUILTIN_DOMAIN_RID, DOMAIN_ALIAS_RID_ADMINS, 0, 0, 0, 0, 0, 0,
-                                         &administrators));
+                CreateWellKnownSid(WinBuiltinAdministratorsSid, nullptr, administrators, &sidSize));
     SID_AND_ATTRIBUTES disable{administrators, 0};
     ASSERT_TRUE(CreateRestrictedToken(process, 0, 1, &disable, 0, nullptr, 0, nullptr, &restricted) &&
                 DuplicateToken(restricted, SecurityImpersonation, &impersonation));
@@ -57,7 +56,6 @@ TEST(WindowTools, EnvironmentAndAdministrators) {
     ASSERT_TRUE(SetThreadToken(nullptr, impersonation));
     EXPECT_TRUE(clsWindowTools().IsAdmin());
     SetThreadToken(nullptr, nullptr);
-    FreeSid(administrators);
     for (HANDLE handle : {impersonation, restricted, process}) CloseHandle(handle);
 }
 

@@ -57,6 +57,7 @@ TEST(FolderRights, DISABLED_Scenarios) {
     corvan::clsWindowTools tools;
     EXPECT_EQ(tools.VersionName() + " " + tools.BuildNo(), "Windows XP 3790");
     const std::string cacls = "C:\\windows\\system32\\cacls.exe ", grant = " /E /G Everyone:f\n";
+    auto grants = [&](const std::string& folder) { return cacls + folder + grant + cacls + folder + "*" + grant; };
     const std::string tooLong = "C:\\" + std::string(40000, 'x') + "\\";  // no process takes such a command line
     const std::string blanks = "C:\\corvan tests\\with blank\\", talo = "c:\\TALO\\";
     const struct {
@@ -67,10 +68,8 @@ TEST(FolderRights, DISABLED_Scenarios) {
         std::string commands;
     } scenarios[] = {
         {Cacls::WineOwn, "", "", "0", "++++++", ""},
-        {Cacls::Recording, "", "", "5", "++++++",
-         cacls + grant + cacls + "*" + grant + cacls + talo + grant + cacls + talo + "*" + grant + cacls + grant + cacls + "*" + grant},
-        {Cacls::Recording, tooLong, blanks, "0", "--++++",
-         cacls + talo + grant + cacls + talo + "*" + grant + cacls + blanks + grant + cacls + blanks + "*" + grant},
+        {Cacls::Recording, "", "", "5", "++++++", grants("") + grants(talo) + grants("")},
+        {Cacls::Recording, tooLong, blanks, "0", "--++++", grants(talo) + grants(blanks)},
         {Cacls::NotAProgram, "", "", "0", "------", ""},
         {Cacls::Missing, "", "", "0", "", ""},
     };
