@@ -194,11 +194,10 @@ TEST(TrustConfig, ThePublicClassesForScriptsAndPages) {
         corvan::com::ComPtr<_clsCorvanSecurity> object;
         ASSERT_EQ(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID__clsCorvanSecurity, object.PutVoid()), S_OK);
         EXPECT_FALSE(object.As<IObjectSafety>(IID_IObjectSafety));
-        wchar_t clsidText[40] = {};
-        StringFromGUID2(clsid, clsidText, 40);
+        const auto clsidText = winbench::RegText(HKEY_CLASSES_ROOT, "CorvanInstaller.clsCorvanSecurity\\CLSID", nullptr);
         HKEY key = nullptr;
-        EXPECT_EQ(RegOpenKeyExW(HKEY_CLASSES_ROOT, (std::wstring(L"CLSID\\") + clsidText +
-                                L"\\Implemented Categories\\{7DD95801-9882-11CF-9FA9-00AA006C42C4}").c_str(), 0, KEY_READ, &key),
+        EXPECT_EQ(RegOpenKeyExA(HKEY_CLASSES_ROOT, ("CLSID\\" + clsidText.value_or("") +
+                                "\\Implemented Categories\\{7DD95801-9882-11CF-9FA9-00AA006C42C4}").c_str(), 0, KEY_READ, &key),
                   ERROR_FILE_NOT_FOUND);
     }
     CoUninitialize();
