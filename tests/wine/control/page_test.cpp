@@ -100,11 +100,6 @@ TEST_F(Page, CallsByNameDriveTheEngineEveryAdvisedSinkHearsAndTheServerUnloadsOn
     VARIANT need = Call(control.Get(), L"NeedToInstall");
     EXPECT_EQ(V_VT(&need), VT_BOOL);
     EXPECT_EQ(V_BOOL(&need), VARIANT_TRUE);
-    // IDispatch answers only for the default interface identifier.
-    DISPPARAMS none = {nullptr, nullptr, 0, 0};
-    EXPECT_EQ(control->Invoke(DispidOf(control.Get(), L"Status"), IID_IDispatch, LOCALE_USER_DEFAULT,
-                              DISPATCH_PROPERTYGET, &none, &result, nullptr, nullptr),
-              DISP_E_UNKNOWNINTERFACE);
 
     ASSERT_TRUE(CanUnloadNow());
     EXPECT_EQ(CanUnloadNow()(), S_FALSE);
@@ -134,9 +129,7 @@ TEST_F(Page, APageThatLetsGoDuringARunLeavesTheRunALiveControl) {
     DWORD letCookie = 0;
     ASSERT_TRUE(Advise(control.Get(), lettingGo, letCookie));
     point->Unadvise(cookie);
-    SetScript("InstallationStatus|Preparing\nStatusMsgChange|still running\n");
-    VARIANT mode = Long(1);
-    VARIANT result = Call(control.Get(), L"Run", DISPATCH_METHOD, &mode);
+    VARIANT result = Session("InstallationStatus|Preparing\nStatusMsgChange|still running\n");
     EXPECT_EQ(V_VT(&result), VT_BOOL);
     EXPECT_EQ(lettingGo.heard, (Texts{"2:Preparing", "2:Complete"}));
     ASSERT_TRUE(CanUnloadNow());
@@ -144,15 +137,11 @@ TEST_F(Page, APageThatLetsGoDuringARunLeavesTheRunALiveControl) {
     EXPECT_EQ(lettingGo.references, 1u);
 }
 
-// The key's text or its value's; "(missing)" without the key.
-std::string Value(const std::string& path, const std::string& name = "") {
+bool KeyExists(const std::string& path) {
     HKEY key;
-    if (RegOpenKeyExA(HKEY_CLASSES_ROOT, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return "(missing)";
-    char data[512] = {};
-    DWORD size = sizeof data;
-    RegGetValueA(key, nullptr, name.c_str(), RRF_RT_REG_SZ, nullptr, data, &size);
+    if (RegOpenKeyExA(HKEY_CLASSES_ROOT, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
     RegCloseKey(key);
-    return data;
+    return true;
 }
 
 // What creation by the class factory does not show: how a browser finds the
@@ -163,21 +152,22 @@ TEST_F(Page, Regsvr32RegistersAndUnregistersTheShippedControl) {
     const std::string clsid = "CLSID\\{96764B85-C202-4377-A836-2C40554474D9}";
     const std::string typeLib = std::string("TypeLib\\{E11AB144-7A14-4294-9F2D-2574EFBE0FC2}\\1.0\\0\\") +
                                 (sizeof(void*) == 8 ? "win64" : "win32");
-    EXPECT_NE(Value(clsid + "\\InprocServer32").find("CorvanInstaller.ocx"), std::string::npos);
+    const auto server = winbench::RegText(HKEY_CLASSES_ROOT, clsid + "\\InprocServer32", nullptr);
+    EXPECT_NE(server.value_or("").find("CorvanInstaller.ocx"), std::string::npos);
     for (const auto& row : Table("page.txt", "registered")) {
         std::string key = row[0];
         for (const auto& [name, text] : {std::pair{"{clsid}", clsid}, std::pair{"{typelib}", typeLib}})
             if (key.rfind(name, 0) == 0) key.replace(0, strlen(name), text);
-        if (!row[2].empty()) {
-            EXPECT_EQ(Value(key, row[1]), row[2]) << row.where;
+        if (row[2].empty()) {
+            EXPECT_TRUE(KeyExists(key)) << row.where;
         } else {
-            EXPECT_NE(Value(key), "(missing)") << row.where;
+            EXPECT_EQ(winbench::RegText(HKEY_CLASSES_ROOT, key, row[1].c_str()), row[2]) << row.where;
         }
     }
     ASSERT_TRUE(Regsvr32(ocx, true));
     for (const std::string& key : {clsid, std::string("CorvanInstaller.ManageClient"),
                                    std::string("CorvanInstaller.ManageClient.1"), typeLib})
-        EXPECT_EQ(Value(key), "(missing)") << key;
+        EXPECT_FALSE(KeyExists(key)) << key;
 }
 
 // A browser's site: a container's, with the browser object behind it whose

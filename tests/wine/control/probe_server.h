@@ -12,6 +12,7 @@
 #include <ocidl.h>
 
 #include "control/CorvanInstaller_h.h"
+#include "control/bstr_text.h"
 #include "control/com_ptr.h"
 #include "wine_bench.h"
 
@@ -33,17 +34,28 @@ public:
     std::vector<std::string> heard;
     ULONG references = 1;
 
-    STDMETHODIMP QueryInterface(REFIID riid, void** out) override;
+    STDMETHODIMP QueryInterface(REFIID riid, void** out) override {
+        const bool known = IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IDispatch) ||
+                           IsEqualIID(riid, DIID___ManageClient);
+        *out = known ? this : nullptr;
+        if (known) AddRef();
+        return known ? S_OK : E_NOINTERFACE;
+    }
     STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
     STDMETHODIMP_(ULONG) Release() override { return --references; }
     STDMETHODIMP GetTypeInfoCount(UINT* count) override { *count = 0; return S_OK; }
     STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
     STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* params, VARIANT*, EXCEPINFO*, UINT*) override;
+    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* params, VARIANT*, EXCEPINFO*, UINT*) override {
+        std::string text = "(no text)";
+        if (params && params->cArgs == 1 && V_VT(&params->rgvarg[0]) == (VT_BSTR | VT_BYREF))
+            text = corvan::com::FromBstr(*V_BSTRREF(&params->rgvarg[0]));
+        heard.push_back(std::to_string(id) + ":" + text);
+        return S_OK;
+    }
 };
 
 ComPtr<IConnectionPoint> Advise(IDispatch* control, EventSink& sink, DWORD& cookie);
-DISPID DispidOf(IDispatch* object, const wchar_t* name);
 // Calls a member by name with at most one argument; expects it to succeed.
 VARIANT Call(IDispatch* object, const wchar_t* name, WORD flags = DISPATCH_METHOD, VARIANT* argument = nullptr);
 VARIANT Long(LONG value);

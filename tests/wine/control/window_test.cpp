@@ -3,10 +3,8 @@
 // layout, and the status report window with the clipboard.
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cstdlib>
 #include <functional>
-#include <thread>
 
 #include "control/PanelPainter.h"
 #include "control/panel_layout.h"
@@ -27,7 +25,7 @@ HWND WindowOf(IDispatch* control) {
 // What a device context shows, read back pixel by pixel.
 struct Picture {
     int width = 0, height = 0;
-    std::vector<uint32_t> pixels;  // 0x00RRGGBB, top row first
+    std::vector<uint32_t> pixels;  // 0xXXRRGGBB, top row first
 
     COLORREF At(int x, int y) const {
         const uint32_t p = pixels[static_cast<size_t>(y) * width + x];
@@ -62,7 +60,6 @@ Picture Capture(int width, int height, const std::function<void(HDC)>& draw) {
     GdiFlush();
     const auto* first = static_cast<const uint32_t*>(bits);
     Picture picture{width, height, std::vector<uint32_t>(first, first + static_cast<size_t>(width) * height)};
-    for (uint32_t& p : picture.pixels) p &= 0xFFFFFF;
     SelectObject(dc, old);
     DeleteDC(dc);
     DeleteObject(bitmap);
@@ -148,33 +145,24 @@ std::string ReportText() { return TextOf(GetDlgItem(StatusWindow(), kText)); }
 
 void Click(int button) { SendMessageA(GetDlgItem(StatusWindow(), button), BM_CLICK, 0, 0); }
 
-BOOL CALLBACK FindStaticText(HWND child, LPARAM found) {
-    char kind[32] = {};
-    GetClassNameA(child, kind, sizeof kind);
-    if (lstrcmpiA(kind, "Static") == 0 && GetWindowTextLengthA(child)) *reinterpret_cast<std::string*>(found) = TextOf(child);
-    return TRUE;
+// The message box that a click on a button of the status window shows,
+// answered with OK from a timer of its modal loop: "<title>: <text>".
+std::string shownBox;
+
+void CALLBACK AnswerBox(HWND, UINT, UINT_PTR timer, DWORD) {
+    HWND box = FindWindowA("#32770", nullptr);
+    if (!box || !IsWindowVisible(box)) return;
+    shownBox = TextOf(box) + ": " + TextOf(GetDlgItem(box, 0xFFFF));  // the box's text has the id 0xFFFF
+    KillTimer(nullptr, timer);
+    PostMessageA(box, WM_COMMAND, IDOK, 0);
 }
 
-// Clicks a button of the status window and answers the message box it shows
-// with OK: "<title>: <text>".
 std::string ClickAndAnswer(int button) {
-    std::string seen = "(no box)";
-    std::atomic<bool> clicked{false};
-    std::thread watcher([&] {
-        for (int i = 0; i < 500 && !clicked; ++i, Sleep(20)) {
-            HWND box = FindWindowA("#32770", nullptr);
-            if (!box || !IsWindowVisible(box)) continue;
-            std::string text;
-            EnumChildWindows(box, &FindStaticText, reinterpret_cast<LPARAM>(&text));
-            seen = TextOf(box) + ": " + text;
-            PostMessageA(box, WM_COMMAND, IDOK, 0);
-            return;
-        }
-    });
+    shownBox = "(no box)";
+    const UINT_PTR timer = SetTimer(nullptr, 0, 20, AnswerBox);
     Click(button);
-    clicked = true;
-    watcher.join();
-    return seen;
+    KillTimer(nullptr, timer);
+    return shownBox;
 }
 
 std::string ClipboardText() {
