@@ -118,12 +118,4 @@ STDMETHODIMP Site::QueryInterface(REFIID riid, void** out) {
     return S_OK;
 }
 
-STDMETHODIMP Site::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindow** document, LPRECT position,
-                                    LPRECT clip, LPOLEINPLACEFRAMEINFO) {
-    *frame = nullptr;
-    *document = nullptr;
-    *position = *clip = kPosition;
-    return S_OK;
-}
-
 }  // namespace control_tests

@@ -36,8 +36,6 @@ struct PageEvents : corvan::ManageClientEvents {
     }
 };
 
-// ---- the sessions of sessions.txt ----
-
 constexpr char kDefaultLog[] = "C:\\CorvanInstaller-LogFile.log";  // outside a session
 
 class Sessions : public ::testing::TestWithParam<Block> {};
@@ -160,8 +158,6 @@ TEST_P(Sessions, Run) {
 INSTANTIATE_TEST_SUITE_P(Table, Sessions,
                          ::testing::ValuesIn(LoadBlocks("tests\\wine\\control\\sessions.txt", "case")),
                          [](const ::testing::TestParamInfo<Block>& info) { return info.param.name; });
-
-// ---- what needs more than a script ----
 
 // Every yield of the session lets the waiting messages run, however soon it
 // follows the one before.

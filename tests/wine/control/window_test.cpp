@@ -24,31 +24,18 @@ HWND WindowOf(IDispatch* control) {
 
 // What a device context shows, read back pixel by pixel.
 struct Picture {
-    int width = 0, height = 0;
+    int width = 0;
     std::vector<uint32_t> pixels;  // 0xXXRRGGBB, top row first
 
     COLORREF At(int x, int y) const {
         const uint32_t p = pixels[static_cast<size_t>(y) * width + x];
         return RGB((p >> 16) & 0xFF, (p >> 8) & 0xFF, p & 0xFF);
     }
-    // As a BMP file in the Windows build's pictures folder, for people to look at.
-    void Save(const std::string& name) const {
-        const char* build = std::getenv("CORVAN_WINDOWS_BUILD");
-        const std::string folder = std::string(build ? build : ".") + "\\pictures";
-        CreateDirectoryA(folder.c_str(), nullptr);
-        BITMAPINFOHEADER info = {sizeof info, width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-        const DWORD bytes = static_cast<DWORD>(pixels.size() * 4);
-        BITMAPFILEHEADER file = {0x4D42, static_cast<DWORD>(sizeof file + sizeof info + bytes), 0, 0,
-                                 sizeof file + sizeof info};
-        std::string data(reinterpret_cast<const char*>(&file), sizeof file);
-        data.append(reinterpret_cast<const char*>(&info), sizeof info);
-        data.append(reinterpret_cast<const char*>(pixels.data()), bytes);
-        winbench::WriteFileBytes(folder + "\\" + name + ".bmp", data);
-    }
 };
 
-// Lets `draw` paint into a white width x height memory bitmap and reads it.
-Picture Capture(int width, int height, const std::function<void(HDC)>& draw) {
+// Lets `draw` paint into a white width x height memory bitmap and reads it;
+// kept as <name>.bmp in the Windows build's pictures folder, for people to look at.
+Picture Capture(const std::string& name, int width, int height, const std::function<void(HDC)>& draw) {
     BITMAPINFO format = {{sizeof format.bmiHeader, width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0}, {}};
     void* bits = nullptr;
     HBITMAP bitmap = CreateDIBSection(nullptr, &format, DIB_RGB_COLORS, &bits, nullptr, 0);
@@ -59,7 +46,16 @@ Picture Capture(int width, int height, const std::function<void(HDC)>& draw) {
     draw(dc);
     GdiFlush();
     const auto* first = static_cast<const uint32_t*>(bits);
-    Picture picture{width, height, std::vector<uint32_t>(first, first + static_cast<size_t>(width) * height)};
+    Picture picture{width, std::vector<uint32_t>(first, first + static_cast<size_t>(width) * height)};
+    const DWORD header = sizeof(BITMAPFILEHEADER) + sizeof format.bmiHeader, bytes = width * height * 4;
+    const BITMAPFILEHEADER file = {0x4D42, header + bytes, 0, 0, header};
+    std::string data(reinterpret_cast<const char*>(&file), sizeof file);
+    data.append(reinterpret_cast<const char*>(&format.bmiHeader), sizeof format.bmiHeader);
+    data.append(static_cast<const char*>(bits), bytes);
+    const char* build = std::getenv("CORVAN_WINDOWS_BUILD");
+    const std::string folder = std::string(build ? build : ".") + "\\pictures";
+    CreateDirectoryA(folder.c_str(), nullptr);
+    winbench::WriteFileBytes(folder + "\\" + name + ".bmp", data);
     SelectObject(dc, old);
     DeleteDC(dc);
     DeleteObject(bitmap);
@@ -109,11 +105,10 @@ TEST_F(Page, WithoutAWindowItDrawsWhatTheLayoutComputes) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.picture);
         Session(c.script, c.mode);
-        const Picture picture = Capture(size.cx, size.cy, [&](HDC dc) {
+        const Picture picture = Capture(c.picture, size.cx, size.cy, [&](HDC dc) {
             RECTL bounds = {0, 0, size.cx, size.cy};
             EXPECT_EQ(view->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, dc, &bounds, nullptr, nullptr, 0), S_OK);
         });
-        picture.Save(c.picture);
         for (const auto& [area, percent] : {std::pair(Pixels(layout.picStatusbar), c.overall),
                                             std::pair(Pixels(layout.picFTP), c.transfer)}) {
             const int middle = (area.top + area.bottom) / 2;
@@ -128,8 +123,6 @@ TEST_F(Page, WithoutAWindowItDrawsWhatTheLayoutComputes) {
         }
     }
 }
-
-// ---- the status report window ----
 
 constexpr int kText = 100, kPrint = 101, kCopy = 102, kClose = 103;
 
