@@ -93,22 +93,6 @@ void Page::TearDown() {
     OleUninitialize();
 }
 
-void Page::Put(const wchar_t* name, const char* text) {
-    corvan::com::Bstr value(text);
-    VARIANT argument;
-    V_VT(&argument) = VT_BSTR;
-    V_BSTR(&argument) = value.Get();
-    Call(control.Get(), name, DISPATCH_PROPERTYPUT, &argument);
-}
-
-std::string Page::Get(const wchar_t* name) {
-    VARIANT result = Call(control.Get(), name, DISPATCH_PROPERTYGET);
-    EXPECT_EQ(V_VT(&result), VT_BSTR) << "not a text";
-    const std::string text = V_VT(&result) == VT_BSTR ? corvan::com::FromBstr(V_BSTR(&result)) : "";
-    VariantClear(&result);
-    return text;
-}
-
 STDMETHODIMP Site::QueryInterface(REFIID riid, void** out) {
     *out = nullptr;
     if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IOleClientSite)) *out = static_cast<IOleClientSite*>(this);

@@ -65,8 +65,20 @@ class Page : public ::testing::Test {
 protected:
     void SetUp() override;
     void TearDown() override;
-    void Put(const wchar_t* name, const char* text);
-    std::string Get(const wchar_t* name);
+    void Put(const wchar_t* name, const char* text) {
+        corvan::com::Bstr value(text);
+        VARIANT argument;
+        V_VT(&argument) = VT_BSTR;
+        V_BSTR(&argument) = value.Get();
+        Call(control.Get(), name, DISPATCH_PROPERTYPUT, &argument);
+    }
+    std::string Get(const wchar_t* name) {
+        VARIANT result = Call(control.Get(), name, DISPATCH_PROPERTYGET);
+        EXPECT_EQ(V_VT(&result), VT_BSTR) << "not a text";
+        const std::string text = V_VT(&result) == VT_BSTR ? corvan::com::FromBstr(V_BSTR(&result)) : "";
+        VariantClear(&result);
+        return text;
+    }
     VARIANT Run(VARIANT mode) { return Call(control.Get(), L"Run", DISPATCH_METHOD, &mode); }
     VARIANT Session(const char* script, LONG mode = 1) {  // one Run whose engine plays `script`
         SetScript(script);

@@ -1,6 +1,5 @@
 // The run session in process, with the recording engine and a scripted
-// desktop. Sessions that a script and a page describe are data
-// (sessions.txt); the cases below need more of the machine.
+// desktop (the sessions of sessions.txt); and a yield of the real desktop.
 #include <gtest/gtest.h>
 
 #include <windows.h>
