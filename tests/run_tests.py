@@ -108,22 +108,6 @@ def check_control(arch, loader, triple, out, env):
     record("[%s] register out/%s/CorvanInstaller.ocx" % (arch, arch), not detail, detail, False)
 
 
-def start_fixtures(root, env):
-    """Every executable tests/fixtures/<name>/start runs with the test
-    environment and returns once its service is ready; the KEY=VALUE lines it
-    prints join the environment of the test programs. Returns the stops."""
-    stops = []
-    fixtures = os.path.join(root, "tests", "fixtures")
-    for name in sorted(os.listdir(fixtures)):
-        start = os.path.join(fixtures, name, "start")
-        if os.access(start, os.X_OK):
-            proc = run([start], env=env, timeout=300)
-            record("fixture " + name, proc.returncode == 0, proc.stderr[-2000:], False)
-            env.update(line.split("=", 1) for line in proc.stdout.splitlines() if re.match(r"^[A-Z_][A-Z0-9_]*=", line))
-            stops.append(os.path.join(fixtures, name, "stop"))
-    return stops
-
-
 def main():
     global group
     parser = argparse.ArgumentParser()
@@ -155,7 +139,12 @@ def main():
                 CORVAN_WINDOWS_BUILD=windows_path(os.path.join(root, "build", "x64")))
     make_prefix(wenv)
     group = "fixtures"
-    stops = start_fixtures(root, wenv)
+    # The test server's start returns once it answers; the KEY=VALUE lines it
+    # prints join the environment of the test programs.
+    server = os.path.join(root, "tests", "fixtures", "http")
+    proc = run([os.path.join(server, "start")], env=wenv, timeout=300)
+    record("fixture http", proc.returncode == 0, proc.stderr[-2000:], False)
+    wenv.update(line.split("=", 1) for line in proc.stdout.splitlines() if re.match(r"^[A-Z_][A-Z0-9_]*=", line))
     try:
         for arch, loader, triple in ARCHITECTURES:
             group = arch
@@ -180,10 +169,7 @@ def main():
                     run_gtest("[%s] %s" % (arch, os.path.basename(binary)), [loader, binary], aenv, 900)
             print("== [%s] %d passed, %d failed (%.0fs)" % (arch, *by_group[arch], time.time() - start))
     finally:
-        group = "native"
-        for stop in stops:
-            if os.access(stop, os.X_OK):
-                run([stop], env=wenv, timeout=120)
+        run([os.path.join(server, "stop")], env=wenv, timeout=120)
         run(["wineserver", "-k"], env=wenv)
 
     if failures:

@@ -10,8 +10,6 @@
 #include "test_packages.h"
 #include "wine_bench.h"
 
-namespace {
-
 const std::string kNotAModule = "Not an exectuable file, or the file is corrupt (LoadLibrary failed).";
 const std::string kTypeLibKey = "TypeLib\\{6D3B8E21-4A7C-4F19-9E52-B0C8D1A3F764}";
 // Where the test type library's path is registered in this process's bitness.
@@ -69,8 +67,6 @@ protected:
 
     winbench::ScratchFolder folder{"registration"};
 };
-
-}  // namespace
 
 // The cases of registration.txt [modules].
 TEST_F(Registration, RegistersAndUnregistersEachKindOfFile) {

@@ -10,8 +10,6 @@
 using namespace corvan;
 using testing_support::Raised;
 
-namespace {
-
 const char kDefaultLog[] = "C:\\CorvanInstaller-LogFile.log";
 
 // The file's text with each time stamp replaced by "@".
@@ -19,8 +17,6 @@ std::string Shape(const std::string& path) {
     static const std::regex stamp("TimeStamp: \\d\\d/\\d\\d/\\d{4} - \\d\\d:\\d\\d:\\d\\d\t");
     return std::regex_replace(winbench::ReadFileBytes(path), stamp, "@");
 }
-
-}  // namespace
 
 // Blank names read as the default file, "C:\" + base name + "-LogFile.log";
 // a write while closed opens it afresh. A missing folder raises the path

@@ -8,15 +8,10 @@
 #include "control/CorvanInstaller_h.h"
 #include "control/com_ptr.h"
 #include "platform/clsWindowTools.h"
-#include "platform/reg_variant.h"
 #include "scripted_desktop.h"
 #include "security/clsCorvanSecurity.h"
 #include "settings/modCorvanInstaller_Global.h"
 #include "wine_bench.h"
-
-using corvan::RegVariant;
-
-namespace {
 
 struct StatusRecorder : corvan::clsCorvanSecurityEvents {
     void StatusMessageChange(const std::string& Message) override { messages.push_back(Message); }
@@ -52,8 +47,6 @@ struct SystemCacls {
         return std::string(folder, GetSystemDirectoryA(folder, sizeof folder)) + "\\cacls.exe";
     }();
 };
-
-}  // namespace
 
 TEST(FolderRights, GrantsEveryFolderOnWindowsXPServicePack2) {
     const auto child = winbench::RunCaseInChild("FolderRights.DISABLED_Scenarios", "winxp64", "Microsoft Windows XP");
@@ -118,21 +111,10 @@ TEST(FolderRights, DISABLED_Scenarios) {
     settings.SecuredFolder3("");
 }
 
-namespace {
-
 const char kPolicy[] = "Software\\Policies\\Microsoft\\Windows\\Installer";
 const char kZone[] = "Software\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\Zones\\2";
 const std::string kDomains = "Software\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\ZoneMap\\Domains";
 const std::string kOurDomain = kDomains + "\\corvan-connect.example";
-
-// A DWORD as a Long, REG_SZ as text, nothing when missing, else empty bytes.
-RegVariant ReadValue(HKEY root, const std::string& key, const char* name) {
-    DWORD type = 0, size = 1023;
-    char data[1024] = {};
-    if (RegGetValueA(root, key.c_str(), name, RRF_RT_ANY, &type, data, &size) != ERROR_SUCCESS) return {};
-    if (type == REG_DWORD) return RegVariant::Long(*reinterpret_cast<int32_t*>(data));
-    return type == REG_SZ ? RegVariant::String(data) : RegVariant::Bytes({});
-}
 
 // Removes what the table writes, so that reading it back proves a write.
 void ForgetTrustSettings() {
@@ -141,8 +123,6 @@ void ForgetTrustSettings() {
         RegDeleteKeyValueA(root, kDomains.c_str(), "@=");
     }
 }
-
-}  // namespace
 
 // Each kind of line reads back with its type and data (the "@=" name beside
 // the domain map's default, which survives). The current user's helpdesk row
@@ -173,16 +153,18 @@ TEST(TrustConfig, EveryKindOfLineReadsBackAndARefusedLineStopsNothing) {
     EXPECT_EQ(desktop.pointers, (std::vector<int>{corvan::vbHourglass, corvan::vbDefault}));
     EXPECT_EQ(desktop.pumps, 1);
 
-    const struct { HKEY root; std::string key; const char* name; RegVariant value; } lines[] = {
-        {HKEY_CURRENT_USER, kPolicy, " AlwaysInstallElevated", RegVariant::Long(1)},
-        {HKEY_LOCAL_MACHINE, kZone, "1C00", RegVariant::Long(768)},
-        {HKEY_CURRENT_USER, kDomains, "@=", RegVariant::String("")},
-        {HKEY_CURRENT_USER, kDomains, nullptr, RegVariant::String("kept")},
-        {HKEY_LOCAL_MACHINE, kOurDomain + "\\helpdesk", "https", RegVariant::Long(2)},
-        {HKEY_CURRENT_USER, kOurDomain + "\\helpdesk", "https", RegVariant()},
+    const struct { HKEY root; std::string key; const char* name; std::optional<std::string> value; } lines[] = {
+        {HKEY_CURRENT_USER, kPolicy, " AlwaysInstallElevated", "dword:1"},
+        {HKEY_LOCAL_MACHINE, kZone, "1C00", "dword:768"},
+        {HKEY_CURRENT_USER, kDomains, "@=", ""},
+        {HKEY_CURRENT_USER, kDomains, nullptr, "kept"},
+        {HKEY_LOCAL_MACHINE, kOurDomain + "\\helpdesk", "https", "dword:2"},
+        {HKEY_CURRENT_USER, kOurDomain + "\\helpdesk", "https", std::nullopt},
     };
-    for (const auto& line : lines)
-        EXPECT_EQ(ReadValue(line.root, line.key, line.name), line.value) << line.key << " " << (line.name ? line.name : "");
+    for (const auto& line : lines) {
+        EXPECT_EQ(winbench::RegText(line.root, line.key, line.name), line.value)
+            << line.key << " " << (line.name ? line.name : "");
+    }
     RegDeleteKeyA(HKEY_CURRENT_USER, (kOurDomain + "\\helpdesk").c_str());
     RegDeleteKeyValueA(HKEY_CURRENT_USER, kDomains.c_str(), nullptr);
 }
@@ -209,7 +191,7 @@ TEST(TrustConfig, ThePublicClassesForScriptsAndPages) {
                           "err=The request has timed out.|0\r\ntalo=False\r\n");
     EXPECT_EQ(winbench::ReadFileBytes(scratch.Path() + "got.bin").size(), 2048u);
     EXPECT_FALSE(winbench::FileExists(scratch.Path() + "no.bin"));
-    EXPECT_EQ(ReadValue(HKEY_LOCAL_MACHINE, kZone, "1C00"), RegVariant::Long(768));
+    EXPECT_EQ(winbench::RegText(HKEY_LOCAL_MACHINE, kZone, "1C00"), "dword:768");
 
     ASSERT_TRUE(SUCCEEDED(CoInitialize(nullptr)));
     {

@@ -6,20 +6,6 @@
 
 namespace winbench {
 
-namespace {
-
-const std::pair<HKEY, const char*> kVersionValues[] = {{HKEY_CURRENT_USER, "Software\\Wine"},
-    {HKEY_LOCAL_MACHINE, "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion"}};
-const char* const kVersionNames[] = {"Version", "ProductName"};
-
-void PutText(int which, const std::optional<std::string>& value) {
-    const auto [root, key] = kVersionValues[which];
-    if (!value) RegDeleteKeyValueA(root, key, kVersionNames[which]);
-    else RegSetKeyValueA(root, key, kVersionNames[which], REG_SZ, value->c_str(), static_cast<DWORD>(value->size() + 1));
-}
-
-}  // namespace
-
 std::string OutDir() { return std::getenv("CORVAN_OUT_DIR") ? std::getenv("CORVAN_OUT_DIR") : ""; }
 
 std::string BesideThisProgram(const std::string& file) {
@@ -63,10 +49,11 @@ void WriteFileBytes(const std::string& path, const std::string& bytes) {
 bool FileExists(const std::string& path) { return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
 
 std::optional<std::string> RegText(HKEY root, const std::string& key, const char* name) {
-    char data[1024];
-    DWORD size = sizeof data;
-    if (RegGetValueA(root, key.c_str(), name, RRF_RT_REG_SZ, nullptr, data, &size) != ERROR_SUCCESS) return {};
-    return std::string(data);
+    char data[1024] = {};
+    DWORD type = 0, size = sizeof data - 1;
+    if (RegGetValueA(root, key.c_str(), name, RRF_RT_ANY, &type, data, &size) != ERROR_SUCCESS) return {};
+    if (type == REG_DWORD) return "dword:" + std::to_string(*reinterpret_cast<DWORD*>(data));
+    return type == REG_SZ ? std::string(data) : "(type " + std::to_string(type) + ")";
 }
 
 ChildResult RunAndWait(const std::string& commandLine, DWORD timeoutMs) {
@@ -101,16 +88,24 @@ ChildResult RunAndWait(const std::string& commandLine, DWORD timeoutMs) {
 
 ChildResult RunCaseInChild(const std::string& fullTestName, const std::string& wineVersion,
                            const std::string& productName) {
-    const std::string values[] = {wineVersion, productName};
+    struct Value {
+        HKEY root;
+        const char *key, *name;
+        std::optional<std::string> text, old = {};
+    } values[] = {{HKEY_CURRENT_USER, "Software\\Wine", "Version", wineVersion},
+                  {HKEY_LOCAL_MACHINE, "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion", "ProductName", productName}};
+    auto put = [](const Value& v, const std::optional<std::string>& text) {
+        if (!text) RegDeleteKeyValueA(v.root, v.key, v.name);
+        else RegSetKeyValueA(v.root, v.key, v.name, REG_SZ, text->c_str(), static_cast<DWORD>(text->size() + 1));
+    };
+    for (Value& v : values) {
+        v.old = RegText(v.root, v.key, v.name);
+        put(v, v.text);
+    }
     char self[MAX_PATH];
     GetModuleFileNameA(nullptr, self, sizeof self);
-    std::optional<std::string> old[2];
-    for (int i = 0; i < 2; ++i) {
-        old[i] = RegText(kVersionValues[i].first, kVersionValues[i].second, kVersionNames[i]);
-        PutText(i, values[i]);
-    }
     ChildResult child = RunAndWait(std::string("\"") + self + "\" --gtest_also_run_disabled_tests --gtest_filter=" + fullTestName);
-    for (int i = 0; i < 2; ++i) PutText(i, old[i]);
+    for (const Value& v : values) put(v, v.old);
     if (child.exitCode == 0 && child.output.find("[  PASSED  ] 1 test.") == std::string::npos) child.exitCode = -2;
     return child;
 }

@@ -25,7 +25,8 @@ void RemoveTree(const std::string& folder);
 std::string ReadFileBytes(const std::string& path);
 void WriteFileBytes(const std::string& path, const std::string& bytes);
 bool FileExists(const std::string& path);
-// A REG_SZ value; nothing when it is missing or of another type.
+// A REG_SZ value as its text, a REG_DWORD as "dword:<n>", another type as
+// "(type <n>)"; nothing when it is missing.
 std::optional<std::string> RegText(HKEY root, const std::string& key, const char* name);
 
 // Asks `done` every 10 ms until it answers true or `ms` have passed.
