@@ -1,6 +1,5 @@
 #include "probe_server.h"
 
-#include "control/bstr_text.h"
 
 namespace control_tests {
 
@@ -39,21 +38,6 @@ std::string Journal() {
     return get ? get() : "(probe not loaded)";
 }
 
-STDMETHODIMP EventSink::QueryInterface(REFIID riid, void** out) {
-    const bool known = IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IDispatch) || IsEqualIID(riid, DIID___ManageClient);
-    *out = known ? this : nullptr;
-    if (known) AddRef();
-    return known ? S_OK : E_NOINTERFACE;
-}
-
-STDMETHODIMP EventSink::Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* params, VARIANT*, EXCEPINFO*, UINT*) {
-    std::string text = "(no text)";
-    if (params && params->cArgs == 1 && V_VT(&params->rgvarg[0]) == (VT_BSTR | VT_BYREF))
-        text = corvan::com::FromBstr(*V_BSTRREF(&params->rgvarg[0]));
-    heard.push_back(std::to_string(id) + ":" + text);
-    return S_OK;
-}
-
 ComPtr<IConnectionPoint> Advise(IDispatch* control, EventSink& sink, DWORD& cookie) {
     ComPtr<IConnectionPointContainer> container;
     ComPtr<IConnectionPoint> point;
@@ -64,7 +48,7 @@ ComPtr<IConnectionPoint> Advise(IDispatch* control, EventSink& sink, DWORD& cook
     return nullptr;
 }
 
-DISPID DispidOf(IDispatch* object, const wchar_t* name) {
+static DISPID DispidOf(IDispatch* object, const wchar_t* name) {
     DISPID id = DISPID_UNKNOWN;
     LPOLESTR names[1] = {const_cast<LPOLESTR>(name)};
     object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id);
@@ -109,36 +93,12 @@ void Page::TearDown() {
     OleUninitialize();
 }
 
-void Page::Put(const wchar_t* name, const char* text) {
-    corvan::com::Bstr value(text);
-    VARIANT argument;
-    V_VT(&argument) = VT_BSTR;
-    V_BSTR(&argument) = value.Get();
-    Call(control.Get(), name, DISPATCH_PROPERTYPUT, &argument);
-}
-
-std::string Page::Get(const wchar_t* name) {
-    VARIANT result = Call(control.Get(), name, DISPATCH_PROPERTYGET);
-    EXPECT_EQ(V_VT(&result), VT_BSTR) << "not a text";
-    const std::string text = V_VT(&result) == VT_BSTR ? corvan::com::FromBstr(V_BSTR(&result)) : "";
-    VariantClear(&result);
-    return text;
-}
-
 STDMETHODIMP Site::QueryInterface(REFIID riid, void** out) {
     *out = nullptr;
     if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IOleClientSite)) *out = static_cast<IOleClientSite*>(this);
     if (IsEqualIID(riid, IID_IOleWindow) || IsEqualIID(riid, IID_IOleInPlaceSite)) *out = static_cast<IOleInPlaceSite*>(this);
     if (!*out) return E_NOINTERFACE;
     AddRef();
-    return S_OK;
-}
-
-STDMETHODIMP Site::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindow** document, LPRECT position,
-                                    LPRECT clip, LPOLEINPLACEFRAMEINFO) {
-    *frame = nullptr;
-    *document = nullptr;
-    *position = *clip = kPosition;
     return S_OK;
 }
 

@@ -12,6 +12,7 @@
 #include <ocidl.h>
 
 #include "control/CorvanInstaller_h.h"
+#include "control/bstr_text.h"
 #include "control/com_ptr.h"
 #include "wine_bench.h"
 
@@ -33,17 +34,28 @@ public:
     std::vector<std::string> heard;
     ULONG references = 1;
 
-    STDMETHODIMP QueryInterface(REFIID riid, void** out) override;
+    STDMETHODIMP QueryInterface(REFIID riid, void** out) override {
+        const bool known = IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IDispatch) ||
+                           IsEqualIID(riid, DIID___ManageClient);
+        *out = known ? this : nullptr;
+        if (known) AddRef();
+        return known ? S_OK : E_NOINTERFACE;
+    }
     STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
     STDMETHODIMP_(ULONG) Release() override { return --references; }
     STDMETHODIMP GetTypeInfoCount(UINT* count) override { *count = 0; return S_OK; }
     STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
     STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* params, VARIANT*, EXCEPINFO*, UINT*) override;
+    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* params, VARIANT*, EXCEPINFO*, UINT*) override {
+        std::string text = "(no text)";
+        if (params && params->cArgs == 1 && V_VT(&params->rgvarg[0]) == (VT_BSTR | VT_BYREF))
+            text = corvan::com::FromBstr(*V_BSTRREF(&params->rgvarg[0]));
+        heard.push_back(std::to_string(id) + ":" + text);
+        return S_OK;
+    }
 };
 
 ComPtr<IConnectionPoint> Advise(IDispatch* control, EventSink& sink, DWORD& cookie);
-DISPID DispidOf(IDispatch* object, const wchar_t* name);
 // Calls a member by name with at most one argument; expects it to succeed.
 VARIANT Call(IDispatch* object, const wchar_t* name, WORD flags = DISPATCH_METHOD, VARIANT* argument = nullptr);
 VARIANT Long(LONG value);
@@ -53,8 +65,20 @@ class Page : public ::testing::Test {
 protected:
     void SetUp() override;
     void TearDown() override;
-    void Put(const wchar_t* name, const char* text);
-    std::string Get(const wchar_t* name);
+    void Put(const wchar_t* name, const char* text) {
+        corvan::com::Bstr value(text);
+        VARIANT argument;
+        V_VT(&argument) = VT_BSTR;
+        V_BSTR(&argument) = value.Get();
+        Call(control.Get(), name, DISPATCH_PROPERTYPUT, &argument);
+    }
+    std::string Get(const wchar_t* name) {
+        VARIANT result = Call(control.Get(), name, DISPATCH_PROPERTYGET);
+        EXPECT_EQ(V_VT(&result), VT_BSTR) << "not a text";
+        const std::string text = V_VT(&result) == VT_BSTR ? corvan::com::FromBstr(V_BSTR(&result)) : "";
+        VariantClear(&result);
+        return text;
+    }
     VARIANT Run(VARIANT mode) { return Call(control.Get(), L"Run", DISPATCH_METHOD, &mode); }
     VARIANT Session(const char* script, LONG mode = 1) {  // one Run whose engine plays `script`
         SetScript(script);
@@ -86,7 +110,12 @@ public:
     STDMETHODIMP OnInPlaceActivate() override { ++activations; return S_OK; }
     STDMETHODIMP OnUIActivate() override { return S_OK; }
     STDMETHODIMP GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindow** document, LPRECT position,
-                                  LPRECT clip, LPOLEINPLACEFRAMEINFO) override;
+                                  LPRECT clip, LPOLEINPLACEFRAMEINFO) override {
+        *frame = nullptr;
+        *document = nullptr;
+        *position = *clip = kPosition;
+        return S_OK;
+    }
     STDMETHODIMP Scroll(SIZE) override { return E_NOTIMPL; }
     STDMETHODIMP OnUIDeactivate(BOOL) override { return S_OK; }
     STDMETHODIMP OnInPlaceDeactivate() override { ++deactivations; return S_OK; }

@@ -1,6 +1,5 @@
 // The run session in process, with the recording engine and a scripted
-// desktop. Sessions that a script and a page describe are data
-// (sessions.txt); the cases below need more of the machine.
+// desktop (the sessions of sessions.txt); and a yield of the real desktop.
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -35,8 +34,6 @@ struct PageEvents : corvan::ManageClientEvents {
         if (onStatus) onStatus(message);
     }
 };
-
-// ---- the sessions of sessions.txt ----
 
 constexpr char kDefaultLog[] = "C:\\CorvanInstaller-LogFile.log";  // outside a session
 
@@ -160,8 +157,6 @@ TEST_P(Sessions, Run) {
 INSTANTIATE_TEST_SUITE_P(Table, Sessions,
                          ::testing::ValuesIn(LoadBlocks("tests\\wine\\control\\sessions.txt", "case")),
                          [](const ::testing::TestParamInfo<Block>& info) { return info.param.name; });
-
-// ---- what needs more than a script ----
 
 // Every yield of the session lets the waiting messages run, however soon it
 // follows the one before.
