@@ -68,7 +68,6 @@ protected:
     winbench::ScratchFolder folder{"registration"};
 };
 
-// The cases of registration.txt [modules].
 TEST_F(Registration, RegistersAndUnregistersEachKindOfFile) {
     for (const auto& row : Table("registration.txt", "modules")) {
         SCOPED_TRACE(row.where);
@@ -106,7 +105,6 @@ TEST_F(Registration, ARoutineThatHangsIsLeftRunningAfterTheBoundedWait) {
     EXPECT_EQ(RegisteredServer(), folder.Path() + "slow.dll");
 }
 
-// The cases of registration.txt [pass].
 TEST_F(Registration, ThePassRegistersWhatAsksForItAndCountsEveryItem) {
     corvan::KeyedCollection<corvan::ItemRecord> colItems;
     std::vector<std::pair<std::string, std::string>> registered, removed;

@@ -15,9 +15,7 @@
 
 using namespace corvan;
 using testing_support::Raised;
-using winbench::FileExists;
-using winbench::ReadFileBytes;
-using winbench::WriteFileBytes;
+using namespace winbench;
 
 const std::string kChild = winbench::BesideThisProgram("files_child.exe");
 

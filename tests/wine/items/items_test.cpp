@@ -33,7 +33,6 @@ protected:
         CreateDirectoryA("C:\\TALO", nullptr);
         corvan::GlobalLog().OpenLogFile("SC_Install.log", "C:\\TALO\\", false);
         item.Source(server.URL());
-        item.InstallFolder("C:\\TALO\\");
     }
     void TearDown() override {
         corvan::GlobalLog().CloseLogFile();

@@ -13,11 +13,6 @@
 
 using namespace corvan;
 
-void Succeeds(const std::string& command) {
-    const auto result = winbench::RunAndWait(command);
-    EXPECT_EQ(result.exitCode, 0) << command << ": " << result.output;
-}
-
 // Folders end in one backslash; HomeDrive always gains one; SystemDrive is
 // "C:\" whatever the drive. The administrators group counts in the thread's
 // own token even where it is kept only for denying access.
@@ -48,11 +43,10 @@ TEST(WindowTools, EnvironmentAndAdministrators) {
 
     EXPECT_TRUE(tools.IsAdmin());  // Wine gives every user the built-in Administrators group
     HANDLE process = nullptr, restricted = nullptr, impersonation = nullptr;
-    SID_IDENTIFIER_AUTHORITY nt = SECURITY_NT_AUTHORITY;
-    PSID administrators = nullptr;
+    BYTE administrators[SECURITY_MAX_SID_SIZE];
+    DWORD sidSize = sizeof administrators;
     ASSERT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_DUPLICATE | TOKEN_QUERY, &process) &&
-                AllocateAndInitializeSid(&nt, 2, SECURITY_BUILTIN_DOMAIN_RID, DOMAIN_ALIAS_RID_ADMINS, 0, 0, 0, 0, 0, 0,
-                                         &administrators));
+                CreateWellKnownSid(WinBuiltinAdministratorsSid, nullptr, administrators, &sidSize));
     SID_AND_ATTRIBUTES disable{administrators, 0};
     ASSERT_TRUE(CreateRestrictedToken(process, 0, 1, &disable, 0, nullptr, 0, nullptr, &restricted) &&
                 DuplicateToken(restricted, SecurityImpersonation, &impersonation));
@@ -62,7 +56,6 @@ TEST(WindowTools, EnvironmentAndAdministrators) {
     ASSERT_TRUE(SetThreadToken(nullptr, impersonation));
     EXPECT_TRUE(clsWindowTools().IsAdmin());
     SetThreadToken(nullptr, nullptr);
-    FreeSid(administrators);
     for (HANDLE handle : {impersonation, restricted, process}) CloseHandle(handle);
 }
 
@@ -99,22 +92,23 @@ TEST(Detection, ReaderControlsAreTriedNewestFirst) {
 // are found through the Windows Installer.
 TEST(Detection, LegacyReleasesAreFoundThroughTheWindowsInstaller) {
     const std::string first = "{7EE17AF3-3434-11D5-AC76-00010262094C}", second = "{B8F23408-5FCD-4C75-A7BB-4FB1A2AED802}";
+    const std::string msi = winbench::BesideThisProgram("legacy_talo_");
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     testing_support::ScriptedDesktop desktop;
     clsTalo talo(&desktop);
     EXPECT_FALSE(talo.LegacyTaloIsInstalled());
     EXPECT_EQ(talo.FoundProducts(), std::vector<std::string>(6));
-    Succeeds("msiexec /i \"" + winbench::BesideThisProgram("legacy_talo_first.msi") + "\" /qn");
+    EXPECT_EQ(winbench::RunAndWait("msiexec /i \"" + msi + "first.msi\" /qn").exitCode, 0);
     EXPECT_TRUE(talo.LegacyTaloIsInstalled());
     EXPECT_EQ(talo.FoundProducts(), (std::vector<std::string>{first, "", "", "", "", ""}));
     EXPECT_EQ(desktop.pumps, 1);
-    Succeeds("msiexec /i \"" + winbench::BesideThisProgram("legacy_talo_second.msi") + "\" /qn");
+    EXPECT_EQ(winbench::RunAndWait("msiexec /i \"" + msi + "second.msi\" /qn").exitCode, 0);
     EXPECT_TRUE(talo.LegacyTaloIsInstalled());
     EXPECT_EQ(talo.FoundProducts(), (std::vector<std::string>{first, "", "", "", second, "4"}));
-    Succeeds("msiexec /x " + first + " /qn");
+    EXPECT_EQ(winbench::RunAndWait("msiexec /x " + first + " /qn").exitCode, 0);
     EXPECT_TRUE(talo.LegacyTaloIsInstalled());
     EXPECT_EQ(talo.FoundProducts(), (std::vector<std::string>{"", "", "", "", second, "4"}));
-    Succeeds("msiexec /x " + second + " /qn");
+    EXPECT_EQ(winbench::RunAndWait("msiexec /x " + second + " /qn").exitCode, 0);
     EXPECT_FALSE(talo.LegacyTaloIsInstalled());
     CoUninitialize();
 }

@@ -42,10 +42,7 @@ struct SystemCacls {
         RegDeleteKeyValueA(HKEY_CURRENT_USER, kOverrides, "cacls.exe");
     }
     const Cacls kind;
-    const std::string path = [] {
-        char folder[MAX_PATH] = {};
-        return std::string(folder, GetSystemDirectoryA(folder, sizeof folder)) + "\\cacls.exe";
-    }();
+    const std::string path = corvan::clsWindowTools().WindowsSystem32() + "cacls.exe";
 };
 
 TEST(FolderRights, GrantsEveryFolderOnWindowsXPServicePack2) {
@@ -60,6 +57,7 @@ TEST(FolderRights, DISABLED_Scenarios) {
     corvan::clsWindowTools tools;
     EXPECT_EQ(tools.VersionName() + " " + tools.BuildNo(), "Windows XP 3790");
     const std::string cacls = "C:\\windows\\system32\\cacls.exe ", grant = " /E /G Everyone:f\n";
+    auto grants = [&](const std::string& folder) { return cacls + folder + grant + cacls + folder + "*" + grant; };
     const std::string tooLong = "C:\\" + std::string(40000, 'x') + "\\";  // no process takes such a command line
     const std::string blanks = "C:\\corvan tests\\with blank\\", talo = "c:\\TALO\\";
     const struct {
@@ -70,10 +68,8 @@ TEST(FolderRights, DISABLED_Scenarios) {
         std::string commands;
     } scenarios[] = {
         {Cacls::WineOwn, "", "", "0", "++++++", ""},
-        {Cacls::Recording, "", "", "5", "++++++",
-         cacls + grant + cacls + "*" + grant + cacls + talo + grant + cacls + talo + "*" + grant + cacls + grant + cacls + "*" + grant},
-        {Cacls::Recording, tooLong, blanks, "0", "--++++",
-         cacls + talo + grant + cacls + talo + "*" + grant + cacls + blanks + grant + cacls + blanks + "*" + grant},
+        {Cacls::Recording, "", "", "5", "++++++", grants("") + grants(talo) + grants("")},
+        {Cacls::Recording, tooLong, blanks, "0", "--++++", grants(talo) + grants(blanks)},
         {Cacls::NotAProgram, "", "", "0", "------", ""},
         {Cacls::Missing, "", "", "0", "", ""},
     };
@@ -107,8 +103,6 @@ TEST(FolderRights, DISABLED_Scenarios) {
         EXPECT_EQ(desktop.pumps, 0);
         EXPECT_EQ(winbench::ReadFileBytes(log), s.commands);
     }
-    settings.SecuredFolder1("");
-    settings.SecuredFolder3("");
 }
 
 const char kPolicy[] = "Software\\Policies\\Microsoft\\Windows\\Installer";
@@ -200,11 +194,10 @@ TEST(TrustConfig, ThePublicClassesForScriptsAndPages) {
         corvan::com::ComPtr<_clsCorvanSecurity> object;
         ASSERT_EQ(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID__clsCorvanSecurity, object.PutVoid()), S_OK);
         EXPECT_FALSE(object.As<IObjectSafety>(IID_IObjectSafety));
-        wchar_t clsidText[40] = {};
-        StringFromGUID2(clsid, clsidText, 40);
+        const auto clsidText = winbench::RegText(HKEY_CLASSES_ROOT, "CorvanInstaller.clsCorvanSecurity\\CLSID", nullptr);
         HKEY key = nullptr;
-        EXPECT_EQ(RegOpenKeyExW(HKEY_CLASSES_ROOT, (std::wstring(L"CLSID\\") + clsidText +
-                                L"\\Implemented Categories\\{7DD95801-9882-11CF-9FA9-00AA006C42C4}").c_str(), 0, KEY_READ, &key),
+        EXPECT_EQ(RegOpenKeyExA(HKEY_CLASSES_ROOT, ("CLSID\\" + clsidText.value_or("") +
+                                "\\Implemented Categories\\{7DD95801-9882-11CF-9FA9-00AA006C42C4}").c_str(), 0, KEY_READ, &key),
                   ERROR_FILE_NOT_FOUND);
     }
     CoUninitialize();

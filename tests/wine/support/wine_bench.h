@@ -40,7 +40,6 @@ struct ChildResult {
     int exitCode = -1;   // -1: could not start or timed out
     std::string output;  // its standard output and error
 };
-// Runs a command line, waits for it, returns its exit code and output.
 ChildResult RunAndWait(const std::string& commandLine, DWORD timeoutMs = 120000);
 // Runs one (DISABLED_) case of this program in a process that sees Wine's
 // "Version" (e.g. "winxp64") and the NT key's ProductName, put back after;
