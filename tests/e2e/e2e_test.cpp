@@ -17,7 +17,6 @@
 #include <msi.h>
 
 #include "common/text.h"
-#include "control/bstr_text.h"
 #include "installer_folder.h"
 #include "probe_server.h"
 #include "session_log.h"
@@ -292,13 +291,8 @@ void Scenario::CallControl(const wchar_t* method, VARIANT* argument, const std::
     screen_.titles.clear();
     ComPtr<IDispatch> control = CreateControl(GetParam().server);
     ASSERT_TRUE(control);
-    for (const auto& [name, text] : {std::pair{L"URL", InstallerUrl() + "default.asp"}, std::pair{L"UsersGroups", groups_}}) {
-        corvan::com::Bstr value(text.c_str());
-        VARIANT property;
-        V_VT(&property) = VT_BSTR;
-        V_BSTR(&property) = value.Get();
-        Call(control.Get(), name, DISPATCH_PROPERTYPUT, &property);
-    }
+    control_tests::PutText(control.Get(), L"URL", InstallerUrl() + "default.asp");
+    control_tests::PutText(control.Get(), L"UsersGroups", groups_);
     control_tests::EventSink sink;
     DWORD cookie = 0;
     ComPtr<IConnectionPoint> point = control_tests::Advise(control.Get(), sink, cookie);

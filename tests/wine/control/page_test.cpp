@@ -206,7 +206,7 @@ TEST_F(Page, InsideABrowserOnlyHttpsPagesOfApprovedHostsRunTheControl) {
         winbench::RemoveTree("C:\\TALO");
         sink.heard.clear();
         site.location = page;
-        if (!installer.empty()) Put(L"URL", installer.c_str());
+        if (!installer.empty()) Put(L"URL", installer);
         VARIANT result = Session("");
         const std::string journal = Journal();
         if (refusal.empty()) {

@@ -59,19 +59,20 @@ ComPtr<IConnectionPoint> Advise(IDispatch* control, EventSink& sink, DWORD& cook
 // Calls a member by name with at most one argument; expects it to succeed.
 VARIANT Call(IDispatch* object, const wchar_t* name, WORD flags = DISPATCH_METHOD, VARIANT* argument = nullptr);
 VARIANT Long(LONG value);
+inline void PutText(IDispatch* object, const wchar_t* name, const std::string& text) {  // a text property
+    corvan::com::Bstr value(text.c_str());
+    VARIANT argument;
+    V_VT(&argument) = VT_BSTR;
+    V_BSTR(&argument) = value.Get();
+    Call(object, name, DISPATCH_PROPERTYPUT, &argument);
+}
 
 // A page holding the probe control, its sink advised.
 class Page : public ::testing::Test {
 protected:
     void SetUp() override;
     void TearDown() override;
-    void Put(const wchar_t* name, const char* text) {
-        corvan::com::Bstr value(text);
-        VARIANT argument;
-        V_VT(&argument) = VT_BSTR;
-        V_BSTR(&argument) = value.Get();
-        Call(control.Get(), name, DISPATCH_PROPERTYPUT, &argument);
-    }
+    void Put(const wchar_t* name, const std::string& text) { PutText(control.Get(), name, text); }
     std::string Get(const wchar_t* name) {
         VARIANT result = Call(control.Get(), name, DISPATCH_PROPERTYGET);
         EXPECT_EQ(V_VT(&result), VT_BSTR) << "not a text";
