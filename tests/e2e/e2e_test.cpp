@@ -71,12 +71,9 @@ std::string Sorted(const std::string& words) {
     return Join(sorted, " ");
 }
 
-std::string RegistryText(HKEY root, const std::string& key, const char* name) {  // "-" when missing
-    char data[1024] = {};
-    DWORD size = sizeof data, type = 0;
-    if (RegGetValueA(root, key.c_str(), name, RRF_RT_REG_SZ | RRF_RT_REG_DWORD, &type, data, &size) != ERROR_SUCCESS)
-        return "-";
-    return type == REG_DWORD ? std::to_string(*reinterpret_cast<DWORD*>(data)) : std::string(data);
+std::string RegistryText(HKEY root, const std::string& key, const char* name) {  // "-" when missing; a DWORD bare
+    const std::string text = winbench::RegText(root, key, name).value_or("-");
+    return text.rfind("dword:", 0) == 0 ? text.substr(6) : text;
 }
 
 void SetRegistryText(HKEY root, const std::string& key, const char* name, const std::string& text) {

@@ -1,6 +1,5 @@
 #include "probe_server.h"
 
-
 namespace control_tests {
 
 FARPROC ProbeExport(const char* name) { return GetProcAddress(GetModuleHandleA("CorvanControlProbe.ocx"), name); }
